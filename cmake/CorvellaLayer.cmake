@@ -1,0 +1,43 @@
+# A layer is a folder of the tree and a target of the same name. Its sources see no other folders than
+# the ones it may include: they are compiled against an include root that holds links to just those.
+
+# Makes, once, the include root called NAME with a link for each of FOLDERS, and stores its path in OUT.
+function(corvella_include_root OUT NAME)
+  set(root "${PROJECT_BINARY_DIR}/include-roots/${NAME}")
+  file(MAKE_DIRECTORY "${root}")
+  foreach(folder IN LISTS ARGN)
+    file(CREATE_LINK "${PROJECT_SOURCE_DIR}/${folder}" "${root}/${folder}" SYMBOLIC)
+  endforeach()
+  set(${OUT} "${root}" PARENT_SCOPE)
+endfunction()
+
+# The compiler settings that every target of this project shares.
+function(corvella_target_options TARGET)
+  target_compile_options(${TARGET} PRIVATE
+    -Wall -Wextra -Wpedantic -Werror -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor
+    -Woverloaded-virtual -Wold-style-cast -Wcast-qual -Wformat=2 -Wimplicit-fallthrough
+    # GCC 12 sees overlaps in std::string that are not there (GCC bug 105651).
+    $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
+  if(CORVELLA_SANITIZE)
+    target_compile_options(${TARGET} PRIVATE -fsanitize=${CORVELLA_SANITIZE}
+                           -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    target_link_options(${TARGET} PRIVATE -fsanitize=${CORVELLA_SANITIZE})
+  endif()
+endfunction()
+
+# corvella_layer(NAME SOURCES file... [SEES folder...] [LINKS target...] [USES library...])
+#
+# SEES   the folders whose headers the layer may include, besides its own; each that is a layer is linked
+# LINKS  further targets to link, visible to those who link the layer
+# USES   libraries from outside, known to the layer alone
+function(corvella_layer NAME)
+  cmake_parse_arguments(arg "" "FOLDER" "SOURCES;SEES;LINKS;USES" ${ARGN})
+  if(NOT arg_FOLDER)
+    set(arg_FOLDER ${NAME})
+  endif()
+  add_library(${NAME} STATIC ${arg_SOURCES})
+  corvella_include_root(root ${NAME} ${arg_FOLDER} ${arg_SEES})
+  target_include_directories(${NAME} PRIVATE "${root}")
+  target_link_libraries(${NAME} PUBLIC ${arg_SEES} ${arg_LINKS} PRIVATE ${arg_USES})
+  corvella_target_options(${NAME})
+endfunction()

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <span>
+#include <string_view>
+
+#include "platform/appkit/NSImageDecoder.h"
+#include "platform/foundation/NSBundle.h"
+
+/// A picture. Immutable and shared; may be handed from one thread to another.
+class NSImage {
+ public:
+  /// Decodes a picture file; null when the bytes are not a picture. Any thread.
+  static std::shared_ptr<const NSImage> initWithData(std::span<const std::byte> bytes,
+                                                     const NSImageDecoder& decoder);
+
+  /// Looks the picture up among the bundle's resources, anew each time; null when there is none of
+  /// that name or it does not decode. Any thread.
+  static std::shared_ptr<const NSImage> imageNamed(std::string_view name, const NSBundle& bundle,
+                                                   const NSImageDecoder& decoder);
+
+  /// An empty image: no size, no pixels.
+  NSImage() = default;
+
+  /// Pixels of the picture as it was stored.
+  int width() const { return picture_.width; }
+  int height() const { return picture_.height; }
+  /// Bytes of the file that the picture came from.
+  std::size_t encodedSize() const { return encodedSize_; }
+  /// The pixels to draw; the bitmap may be smaller than the picture.
+  const NSBitmapImageRep& bitmap() const { return picture_.bitmap; }
+
+ private:
+  NSDecodedImage picture_;
+  std::size_t encodedSize_ = 0;
+};

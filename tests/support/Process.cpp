@@ -1,0 +1,112 @@
+#include "tests/support/Process.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <string_view>
+#include <system_error>
+#include <utility>
+
+#include <sys/mman.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "tests/support/Eventually.h"
+
+namespace Corvella {
+
+namespace {
+
+std::vector<std::string> environmentWith(std::vector<std::string> additions) {
+  for (char** entry = environ; *entry != nullptr; ++entry) {
+    const std::string_view own = *entry;
+    const auto name = own.substr(0, own.find('=') + 1);
+    const auto replaces = [&](const auto& addition) { return addition.starts_with(name); };
+    if (std::ranges::none_of(additions, replaces)) additions.emplace_back(own);
+  }
+  return additions;
+}
+
+std::vector<char*> pointersTo(std::vector<std::string>& texts) {
+  std::vector<char*> pointers;
+  pointers.reserve(texts.size() + 1);
+  for (auto& text : texts) pointers.push_back(text.data());
+  pointers.push_back(nullptr);
+  return pointers;
+}
+
+std::string contentsOf(const FileDescriptor& file) {
+  std::string text;
+  std::array<char, 4096> block{};
+  ssize_t count = 0;
+  do {
+    text.append(block.data(), static_cast<std::size_t>(count));
+    count = ::pread(file.number(), block.data(), block.size(), static_cast<off_t>(text.size()));
+  } while (count > 0);
+  return text;
+}
+
+}  // namespace
+
+FileDescriptor::FileDescriptor(int number) : number_(number) {
+  if (number < 0) throw std::system_error(errno, std::generic_category(), "file descriptor");
+}
+
+FileDescriptor::~FileDescriptor() {
+  ::close(number_);
+}
+
+Process::Process(std::vector<std::string> command, std::vector<std::string> environment)
+    : output_(::memfd_create("output", MFD_CLOEXEC)),
+      errors_(::memfd_create("errors", MFD_CLOEXEC)) {
+  auto variables = environmentWith(std::move(environment));
+  const auto arguments = pointersTo(command);
+  const auto entries = pointersTo(variables);
+  const auto parent = ::getpid();
+  id_ = ::fork();
+  if (id_ < 0) throw std::system_error(errno, std::generic_category(), "fork");
+  if (id_ > 0) return;
+
+  ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+  if (::getppid() != parent) ::_exit(127);
+  ::dup2(output_.number(), STDOUT_FILENO);
+  ::dup2(errors_.number(), STDERR_FILENO);
+  ::execvpe(arguments[0], arguments.data(), entries.data());
+  std::perror(arguments[0]);
+  ::_exit(127);
+}
+
+Process::~Process() {
+  kill(SIGKILL);
+  if (!status_) ::waitpid(id_, nullptr, 0);
+}
+
+bool Process::running() {
+  if (status_) return false;
+  int status = 0;
+  if (::waitpid(id_, &status, WNOHANG) != id_) return true;
+  status_ = WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
+  return false;
+}
+
+void Process::kill(int signal) {
+  if (running()) ::kill(id_, signal);
+}
+
+std::optional<int> Process::wait(std::chrono::milliseconds deadline) {
+  eventually([this] { return !running(); }, deadline);
+  return status_;
+}
+
+std::string Process::output() const {
+  return contentsOf(output_);
+}
+
+std::string Process::errors() const {
+  return contentsOf(errors_);
+}
+
+}  // namespace Corvella

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <chrono>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <sys/types.h>
+
+namespace Corvella {
+
+/// Owns a file descriptor.
+class FileDescriptor {
+ public:
+  /// Throws std::system_error when `number` is that of a failure.
+  explicit FileDescriptor(int number);
+  ~FileDescriptor();
+  FileDescriptor(const FileDescriptor&) = delete;
+  FileDescriptor& operator=(const FileDescriptor&) = delete;
+
+  int number() const { return number_; }
+
+ private:
+  const int number_;
+};
+
+/// A program that runs beside the test. It is killed and reaped with this object, and by the kernel
+/// when the thread that started it ends.
+class Process {
+ public:
+  /// Runs `command`, found on the PATH, without a shell. Each `environment` entry, "NAME=value",
+  /// replaces or adds to what the test has. A program that cannot be run ends with status 127 and
+  /// says why in `errors()`.
+  explicit Process(std::vector<std::string> command, std::vector<std::string> environment = {});
+  ~Process();
+  Process(const Process&) = delete;
+  Process& operator=(const Process&) = delete;
+
+  pid_t id() const { return id_; }
+  bool running();
+  /// Sends a signal; nothing when the program has ended.
+  void kill(int signal);
+  /// The exit status, or 128 + the signal that ended the program; absent when it still runs.
+  std::optional<int> wait(std::chrono::milliseconds deadline = std::chrono::seconds{10});
+
+  /// All that it has written to its standard output so far.
+  std::string output() const;
+  /// All that it has written to its standard error so far.
+  std::string errors() const;
+
+ private:
+  // Files in memory instead of pipes: a program that nobody reads from never blocks.
+  FileDescriptor output_;
+  FileDescriptor errors_;
+  pid_t id_ = -1;
+  std::optional<int> status_;
+};
+
+}  // namespace Corvella
