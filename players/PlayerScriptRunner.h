@@ -1,0 +1,46 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "platform/foundation/NSAppleScript.h"
+#include "players/MusicPlayer.h"
+#include "players/ScriptCommand.h"
+#include "players/ScriptingTargets.h"
+#include "scripting/ScriptRunner.h"
+
+namespace Corvella {
+
+/// A small interpreter: parses the scripts of this system, asks a `MusicPlayer` and answers with
+/// descriptors, or with error information that carries the platform's numbers:
+///
+///   -2741  syntax error                     -1712  the player did not answer in time
+///    -600  no player runs                   -1728  no current track, no artwork, nothing of that
+///    name
+///   -1708  the command is not understood    -1743  the entitlements do not grant it
+///
+/// Keeps no state between scripts. Any thread; scripts run on their callers' threads and overlap.
+class PlayerScriptRunner final : public ScriptRunner {
+ public:
+  /// `player` must outlive the runner. Scripts may ask for what `targets` grants and for nothing
+  /// else.
+  PlayerScriptRunner(MusicPlayer& player, const ScriptingTargets& targets);
+
+  /// Never null: a malformed text fails when it is run.
+  std::unique_ptr<NSAppleScript> initWithSource(std::string source) override;
+
+  /// Parses and runs one script.
+  NSAppleScriptExecution run(std::string_view source);
+
+ private:
+  bool isGranted(const ScriptCommand& command) const;
+  NSAppleScriptExecution answer(const ScriptCommand& command);
+
+  MusicPlayer& player_;
+  bool mayAddress_;
+  bool mayControlPlayback_;
+  bool mayUseLibrary_;
+};
+
+}  // namespace Corvella

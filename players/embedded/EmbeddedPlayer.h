@@ -1,0 +1,69 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "platform/dispatch/Clock.h"
+#include "platform/foundation/NSBundle.h"
+#include "players/MusicPlayer.h"
+#include "players/embedded/EmbeddedTracks.h"
+
+namespace Corvella {
+
+/// A player without sound that is always at hand: it goes round a list of tracks by the clock
+/// alone.
+///
+/// It starts playing the first track. A track's end leads to the next track, the last one's to the
+/// first. Next and Previous go round too, start the track anew and leave it playing or paused as
+/// before. A player of no tracks is running and stopped; transport does nothing there.
+///
+/// Any thread. It has no thread or timer: what happened since the last call is worked out in the
+/// next.
+class EmbeddedPlayer final : public MusicPlayer {
+ public:
+  /// Each track must have a finish. The clock and the bundle, which holds the covers, must outlive
+  /// the player.
+  EmbeddedPlayer(const Clock& clock, const NSBundle& bundle,
+                 std::vector<EmbeddedTrack> tracks = embeddedTracks());
+
+  bool running() override { return true; }
+  PlayerAnswer<PlayerState> playerState() override;
+  PlayerAnswer<std::chrono::microseconds> playerPosition() override;
+
+  PlayerAnswer<int> soundVolume() override;
+  PlayerAnswer<Done> setSoundVolume(int volume) override;
+
+  PlayerAnswer<Track> currentTrack() override;
+  PlayerAnswer<std::string> lyricsOfCurrentTrack() override;
+  PlayerAnswer<std::vector<std::byte>> artworkOfCurrentTrack() override;
+  PlayerAnswer<Done> setRatingOfCurrentTrack(int rating) override;
+
+  PlayerAnswer<Done> perform(PlaybackRequest request) override;
+
+ private:
+  // These two are called with the mutex held.
+
+  /// The current track as of now; null when there are no tracks.
+  EmbeddedTrack* trackNow();
+  /// Puts a position beyond the current track's end where it belongs.
+  void carryOver();
+
+  std::string coverNow();
+
+  const Clock& clock_;
+  const NSBundle& bundle_;
+
+  std::mutex mutex_;  // guards everything below
+  std::vector<EmbeddedTrack> tracks_;
+  std::size_t current_ = 0;
+  PlayerState state_;
+  // In the clock's own unit: shorter steps than a microsecond add up too.
+  Clock::TimePoint::duration position_{0};
+  Clock::TimePoint asOf_;  // when `position_` was right
+  int volume_ = 80;
+};
+
+}  // namespace Corvella

@@ -1,0 +1,214 @@
+#include <chrono>
+#include <set>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "players/embedded/EmbeddedPlayer.h"
+#include "tests/support/ManualClock.h"
+
+namespace Corvella {
+
+namespace {
+
+using namespace std::chrono_literals;
+using std::chrono::microseconds;
+using enum PlaybackRequest;
+using enum PlayerState;
+
+// Not a whole number of rounds of any list here.
+constexpr auto aWhile = 3'607s;
+
+EmbeddedTrack track(const std::string& name, microseconds finish, const std::string& cover = "") {
+  return {Track{name, "artist", "album", "lyrics of " + name, 20, finish}, cover};
+}
+
+NSBundle resources() {
+  return NSBundle(CORVELLA_RESOURCES);
+}
+
+/// A player of three tracks that last a minute together.
+class AnEmbeddedPlayer : public testing::Test {
+ protected:
+  ManualClock clock_;
+  NSBundle bundle_ = resources();
+  EmbeddedPlayer player_{clock_, bundle_, {track("A", 10s), track("B", 20s), track("C", 30s)}};
+
+  void expectAt(const std::string& name, microseconds position) {
+    EXPECT_EQ(*player_.lyricsOfCurrentTrack(), "lyrics of " + name);
+    EXPECT_EQ(player_.currentTrack()->name, name);
+    EXPECT_EQ(*player_.playerPosition(), position);
+  }
+};
+
+struct Story {
+  std::string name;
+  Clock::TimePoint::duration before;
+  std::vector<PlaybackRequest> requests;
+  Clock::TimePoint::duration after;
+  std::string track;
+  microseconds position;
+  PlayerState state;
+};
+
+class AnEmbeddedPlayerInTheCourseOfTime : public AnEmbeddedPlayer,
+                                          public testing::WithParamInterface<Story> {};
+
+TEST_P(AnEmbeddedPlayerInTheCourseOfTime, IsWhereClockAndRequestsPutIt) {
+  clock_.advance(GetParam().before);
+  for (const auto request : GetParam().requests) EXPECT_TRUE(player_.perform(request));
+  clock_.advance(GetParam().after);
+
+  expectAt(GetParam().track, GetParam().position);
+  EXPECT_EQ(*player_.playerState(), GetParam().state);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Stories, AnEmbeddedPlayerInTheCourseOfTime,
+    testing::Values(
+        Story{"JustBeforeAnEnd", 10s - 1us, {}, 0s, "A", 10s - 1us, Playing},
+        Story{"AtAnEnd", 10s, {}, 0s, "B", 0s, Playing},
+        Story{"PastAnEnd", 12'345ms, {}, 0s, "B", 2'345ms, Playing},
+        Story{"PastSeveralEnds", 31s, {}, 0s, "C", 1s, Playing},
+        Story{"PastTheLastEnd", 64s, {}, 0s, "A", 4s, Playing},
+        Story{"DaysAsleep", 24h * 9 + 35s, {}, 0s, "C", 5s, Playing},
+        Story{"DaysAsleepAfterASkip", 4s, {Next}, 24h + 55s, "A", 5s, Playing},
+        Story{"PausedJustBeforeAnEnd", 10s - 1us, {Pause, Pause}, aWhile, "A", 10s - 1us, Paused},
+        Story{"PausedAtAnEnd", 10s, {Pause}, aWhile, "B", 0s, Paused},
+        Story{"PlayedAgain", 4s, {Pause, Play, Play}, 1s, "A", 5s, Playing},
+        Story{"Forward", 4s, {Next}, 1s, "B", 1s, Playing},
+        Story{"ForwardPastTheLast", 4s, {Next, Next, Next}, 1s, "A", 1s, Playing},
+        Story{"ForwardFromATrackThatJustBegan", 10s, {Next}, 0s, "C", 0s, Playing},
+        Story{"ForwardWhilePaused", 4s, {Pause, Next}, aWhile, "B", 0s, Paused},
+        Story{"BackPastTheFirst", 4s, {Previous}, 1s, "C", 1s, Playing},
+        Story{"BackFromTheMiddleOfATrack", 20s, {Previous}, 0s, "A", 0s, Playing},
+        Story{"BackWhilePaused", 4s, {Pause, Previous}, aWhile, "C", 0s, Paused}),
+    [](const auto& story) { return story.param.name; });
+
+TEST_F(AnEmbeddedPlayer, KeepsTheTimeItWasPausedOutOfThePosition) {
+  clock_.advance(4s);
+  player_.perform(Pause);
+  clock_.advance(aWhile);
+
+  player_.perform(Play);
+
+  clock_.advance(1s);
+  expectAt("A", 5s);
+}
+
+TEST_F(AnEmbeddedPlayer, LosesNoTimeToFrequentQuestions) {
+  for (int question = 0; question < 1000; ++question) {
+    clock_.advance(1'700ns);
+    player_.playerPosition();
+  }
+  clock_.advance(10s);
+
+  EXPECT_EQ(*player_.playerPosition(), 1'700us);
+}
+
+TEST(AnEmbeddedPlayerOfShortTracks, WakesAtOnceFromALongSleep) {
+  ManualClock clock;
+  const auto bundle = resources();
+  EmbeddedPlayer player(clock, bundle, {track("A", 1us), track("B", 2us)});
+
+  // Going through these track by track would take days.
+  clock.advance(24h * 365 * 50 + 1us);
+
+  EXPECT_EQ(player.currentTrack()->name, "B");
+}
+
+TEST_F(AnEmbeddedPlayer, KeepsTheRatingOfEachTrackWithinTheScale) {
+  player_.setRatingOfCurrentTrack(60);
+  clock_.advance(10s);
+  player_.setRatingOfCurrentTrack(140);
+  EXPECT_EQ(player_.currentTrack()->rating, 100);
+  player_.perform(Next);
+  EXPECT_EQ(player_.currentTrack()->rating, 20);
+  player_.setRatingOfCurrentTrack(-1);
+  EXPECT_EQ(player_.currentTrack()->rating, 0);
+  player_.perform(Next);
+  EXPECT_EQ(player_.currentTrack()->rating, 60);
+}
+
+TEST_F(AnEmbeddedPlayer, KeepsItsVolumeWithinTheScale) {
+  EXPECT_EQ(*player_.soundVolume(), 80);
+  for (const auto& [set, expected] : {std::pair{37, 37}, {0, 0}, {-5, 0}, {100, 100}, {101, 100}}) {
+    player_.setSoundVolume(set);
+    EXPECT_EQ(*player_.soundVolume(), expected) << "after " << set;
+  }
+}
+
+TEST_F(AnEmbeddedPlayer, ServesSeveralThreadsAtOnce) {
+  const auto use = [this] {
+    for (int round = 0; round < 500; ++round) {
+      clock_.advance(1s);
+      player_.setRatingOfCurrentTrack(round % 100);
+      player_.setSoundVolume(round % 100);
+      EXPECT_LT(*player_.playerPosition(), 30s);
+      EXPECT_TRUE(player_.currentTrack());
+      EXPECT_FALSE(player_.artworkOfCurrentTrack());
+    }
+  };
+
+  std::vector<std::thread> threads(4);
+  for (auto& thread : threads) thread = std::thread(use);
+  for (auto& thread : threads) thread.join();
+
+  // The threads took 2000 seconds together, which is 33 rounds of the list and 20 seconds.
+  expectAt("B", 10s);
+}
+
+TEST(AnEmbeddedPlayerOfNoTracks, IsStoppedAndHasNoTrackToTellOf) {
+  ManualClock clock;
+  const auto bundle = resources();
+  EmbeddedPlayer player(clock, bundle, {});
+
+  for (const auto request : {Play, Pause, Previous, Next}) EXPECT_TRUE(player.perform(request));
+  clock.advance(1h);
+
+  EXPECT_TRUE(player.running());
+  EXPECT_EQ(*player.playerState(), Stopped);
+  EXPECT_EQ(*player.playerPosition(), 0s);
+  EXPECT_EQ(player.currentTrack().failure(), PlayerFailure::NoSuchObject);
+  EXPECT_EQ(player.lyricsOfCurrentTrack().failure(), PlayerFailure::NoSuchObject);
+  EXPECT_EQ(player.artworkOfCurrentTrack().failure(), PlayerFailure::NoSuchObject);
+  EXPECT_EQ(player.setRatingOfCurrentTrack(20).failure(), PlayerFailure::NoSuchObject);
+  player.setSoundVolume(5);
+  EXPECT_EQ(*player.soundVolume(), 5);
+}
+
+TEST(ArtworkOfTheEmbeddedPlayer, IsTheCurrentTracksCoverIfItHasOne) {
+  ManualClock clock;
+  const auto bundle = resources();
+  EmbeddedPlayer player(clock, bundle,
+                        {track("A", 1s, "lanterns"), track("B", 1s), track("C", 1s, "no such")});
+
+  const auto cover = player.artworkOfCurrentTrack();
+  ASSERT_TRUE(cover);
+  EXPECT_EQ(*cover, bundle.dataForResource("covers/lanterns.png"));
+
+  for (const auto* without : {"B", "C"}) {
+    clock.advance(1s);
+    EXPECT_EQ(player.artworkOfCurrentTrack().failure(), PlayerFailure::NoSuchObject) << without;
+  }
+}
+
+TEST(TheBuiltInTracks, KeepWhatATrackPromises) {
+  const auto bundle = resources();
+  std::set<std::string> names;
+  for (const auto& [track, cover] : embeddedTracks()) {
+    SCOPED_TRACE(track.name);
+    EXPECT_TRUE(names.insert(track.name).second);
+    EXPECT_FALSE(track.artist.empty() || track.album.empty());
+    EXPECT_TRUE(track.rating >= 0 && track.rating <= 100);
+    EXPECT_TRUE(track.finish && *track.finish > 0s);
+    EXPECT_TRUE(cover.empty() || bundle.dataForResource("covers/" + cover + ".png"));
+  }
+}
+
+}  // namespace
+
+}  // namespace Corvella

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "players/MusicPlayer.h"
+
+namespace Corvella {
+
+/// A player whose answers are plain fields; with a `failure` set, everything fails with it.
+class FakeMusicPlayer final : public MusicPlayer {
+ public:
+  std::optional<PlayerFailure> failure;
+  bool isRunning = true;
+  PlayerState state = PlayerState::Paused;
+  std::chrono::microseconds position{63'500'000};
+  int volume = 35;
+  Track track{"Name", "Artist", "Album", "La la", 60, std::chrono::milliseconds(215'500)};
+  std::vector<std::byte> artwork{std::byte(1), std::byte(0), std::byte(2)};
+  std::vector<PlaybackRequest> requests;
+
+  bool running() override { return isRunning; }
+  PlayerAnswer<PlayerState> playerState() override { return orFailure(state); }
+  PlayerAnswer<std::chrono::microseconds> playerPosition() override { return orFailure(position); }
+  PlayerAnswer<int> soundVolume() override { return orFailure(volume); }
+  PlayerAnswer<Done> setSoundVolume(int newVolume) override {
+    volume = newVolume;
+    return orFailure(Done());
+  }
+  PlayerAnswer<Track> currentTrack() override { return orFailure(track); }
+  PlayerAnswer<std::string> lyricsOfCurrentTrack() override { return orFailure(track.lyrics); }
+  PlayerAnswer<std::vector<std::byte>> artworkOfCurrentTrack() override {
+    return orFailure(artwork);
+  }
+  PlayerAnswer<Done> setRatingOfCurrentTrack(int rating) override {
+    track.rating = rating;
+    return orFailure(Done());
+  }
+  PlayerAnswer<Done> perform(PlaybackRequest request) override {
+    requests.push_back(request);
+    return orFailure(Done());
+  }
+
+ private:
+  template <typename Value>
+  PlayerAnswer<Value> orFailure(Value value) const {
+    if (failure) return *failure;
+    return value;
+  }
+};
+
+}  // namespace Corvella
