@@ -1,0 +1,460 @@
+#include "players/mpris/MprisBus.h"
+
+#include <array>
+#include <atomic>
+#include <functional>
+#include <limits>
+#include <list>
+#include <mutex>
+#include <stdexcept>
+#include <string_view>
+#include <system_error>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include <poll.h>
+#include <sdbus-c++/sdbus-c++.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+namespace Corvella {
+
+namespace {
+
+constexpr auto kPlayerPath = "/org/mpris/MediaPlayer2";
+constexpr auto kPlayerInterface = "org.mpris.MediaPlayer2.Player";
+constexpr auto kPropertiesInterface = "org.freedesktop.DBus.Properties";
+constexpr auto kBusName = "org.freedesktop.DBus";
+constexpr auto kBusPath = "/org/freedesktop/DBus";
+constexpr std::string_view kNamePrefix = "org.mpris.MediaPlayer2.";
+// A proxy of the other players under a name of its own.
+constexpr std::string_view kProxyName = "org.mpris.MediaPlayer2.playerctld";
+constexpr auto kNoDeadline = std::numeric_limits<std::uint64_t>::max();
+
+std::uint64_t deadlineInMicroseconds() {
+  return static_cast<std::uint64_t>(std::chrono::microseconds(MprisBus::kDeadline).count());
+}
+
+bool isPlayerName(std::string_view name) {
+  return name.starts_with(kNamePrefix) && name != kProxyName;
+}
+
+std::unique_ptr<sdbus::IConnection> connect(const std::string& address) {
+  return address.empty() ? sdbus::createSessionBusConnection()
+                         : sdbus::createSessionBusConnectionWithAddress(address);
+}
+
+template <typename Wire, typename Stored>
+Stored readAs(sdbus::Message& message) {
+  Wire value{};
+  message >> value;
+  return static_cast<Stored>(value);
+}
+
+PropertyMap readProperties(sdbus::Message& message, int depth);
+
+PropertyValue readBasic(sdbus::Message& message, char type) {
+  switch (type) {
+    case 'b':
+      return {readAs<bool, bool>(message)};
+    case 'y':
+      return {readAs<std::uint8_t, std::uint64_t>(message)};
+    case 'n':
+      return {readAs<std::int16_t, std::int64_t>(message)};
+    case 'q':
+      return {readAs<std::uint16_t, std::uint64_t>(message)};
+    case 'i':
+      return {readAs<std::int32_t, std::int64_t>(message)};
+    case 'u':
+      return {readAs<std::uint32_t, std::uint64_t>(message)};
+    case 'x':
+      return {readAs<std::int64_t, std::int64_t>(message)};
+    case 't':
+      return {readAs<std::uint64_t, std::uint64_t>(message)};
+    case 'd':
+      return {readAs<double, double>(message)};
+    case 's':
+      return {readAs<std::string, std::string>(message)};
+    case 'o':
+      return {readAs<sdbus::ObjectPath, std::string>(message)};
+    default:
+      throw std::logic_error("not a basic type");
+  }
+}
+
+bool isBasic(const std::string& signature) {
+  return signature.size() == 1 &&
+         std::string_view("bynqiuxtdso").find(signature[0]) != std::string_view::npos;
+}
+
+/// Reads a variant; what holds a type that no player property has is stepped over.
+PropertyValue readVariant(sdbus::Message& message, int depth) {
+  std::string type;
+  std::string contents;
+  message.peekType(type, contents);
+  const bool dictionary = contents == "a{sv}" && depth == 0;
+  if (!isBasic(contents) && contents != "as" && !dictionary) {
+    sdbus::Variant skipped;
+    message >> skipped;
+    return {};
+  }
+
+  PropertyValue value;
+  message.enterVariant(contents);
+  if (dictionary) {
+    value.content = readProperties(message, depth + 1);
+  } else if (contents == "as") {
+    value.content = readAs<std::vector<std::string>, std::vector<std::string>>(message);
+  } else {
+    value = readBasic(message, contents[0]);
+  }
+  message.exitVariant();
+  return value;
+}
+
+PropertyMap readProperties(sdbus::Message& message, int depth) {
+  std::vector<Property> properties;
+  message.enterContainer("{sv}");
+  while (message.enterDictEntry("sv")) {
+    Property property;
+    message >> property.name;
+    property.value = readVariant(message, depth);
+    message.exitDictEntry();
+    properties.push_back(std::move(property));
+  }
+  message.clearFlags();
+  message.exitContainer();
+  return PropertyMap(std::move(properties));
+}
+
+PlayerFailure failureOf(const sdbus::Error& error) {
+  const std::string_view name = error.getName();
+  if (name == "org.freedesktop.DBus.Error.Timeout") return PlayerFailure::TimedOut;
+  constexpr std::array<std::string_view, 5> gone{
+      "org.freedesktop.DBus.Error.NoReply", "org.freedesktop.DBus.Error.ServiceUnknown",
+      "org.freedesktop.DBus.Error.NameHasNoOwner", "org.freedesktop.DBus.Error.Disconnected",
+      "org.freedesktop.DBus.Error.NoServer"};
+  for (const auto candidate : gone) {
+    if (name == candidate) return PlayerFailure::NotRunning;
+  }
+  // What the library itself reports about a broken connection.
+  return name.starts_with("System.Error.E") ? PlayerFailure::NotRunning
+                                            : PlayerFailure::NotUnderstood;
+}
+
+/// Wakes a thread out of poll().
+class WakeUp {
+ public:
+  WakeUp() : descriptor_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
+    if (descriptor_ < 0) throw std::system_error(errno, std::generic_category(), "eventfd");
+  }
+  ~WakeUp() { close(descriptor_); }
+  WakeUp(const WakeUp&) = delete;
+  WakeUp& operator=(const WakeUp&) = delete;
+
+  int descriptor() const { return descriptor_; }
+  void signal() const { eventfd_write(descriptor_, 1); }
+  void clear() const {
+    eventfd_t count = 0;
+    eventfd_read(descriptor_, &count);
+  }
+
+ private:
+  int descriptor_;
+};
+
+}  // namespace
+
+/// Connections for blocking calls, each used by one caller at a time and by no event loop.
+class MprisBus::Connections {
+ public:
+  explicit Connections(std::string address) : address_(std::move(address)) {}
+
+  /// Makes a call to a player's object and reads its reply.
+  template <typename Compose, typename Read>
+  auto call(const std::string& owner, const char* interface, const char* method, Compose compose,
+            Read read) -> PlayerAnswer<decltype(read(std::declval<sdbus::Message&>()))> {
+    try {
+      auto connection = take();
+      // A connection whose call failed is dropped: a late reply would stay in its queue for ever.
+      auto answer = callOn(*connection, owner, interface, method, compose, read);
+      giveBack(std::move(connection));
+      return answer;
+    } catch (const sdbus::Error& error) {
+      return failureOf(error);
+    }
+  }
+
+ private:
+  using Connection = std::unique_ptr<sdbus::IConnection>;
+
+  template <typename Compose, typename Read>
+  static auto callOn(sdbus::IConnection& connection, const std::string& owner,
+                     const char* interface, const char* method, Compose compose, Read read)
+      -> PlayerAnswer<decltype(read(std::declval<sdbus::Message&>()))> {
+    const auto proxy = sdbus::createProxy(connection, owner, kPlayerPath);
+    auto message = proxy->createMethodCall(interface, method);
+    compose(message);
+    auto reply = proxy->callMethod(message, deadlineInMicroseconds());
+    try {
+      return read(reply);
+    } catch (const sdbus::Error&) {
+      return PlayerFailure::NotUnderstood;
+    }
+  }
+
+  Connection take() {
+    {
+      const std::lock_guard lock(mutex_);
+      if (!idle_.empty()) {
+        auto connection = std::move(idle_.back());
+        idle_.pop_back();
+        return connection;
+      }
+    }
+    return connect(address_);
+  }
+
+  void giveBack(Connection connection) {
+    const std::lock_guard lock(mutex_);
+    if (idle_.size() < kMostIdle) idle_.push_back(std::move(connection));
+  }
+
+  static constexpr std::size_t kMostIdle = 4;
+
+  const std::string address_;
+  std::mutex mutex_;
+  std::vector<Connection> idle_;
+};
+
+/// The watching connection and its thread. All of the bus library's objects here live on that
+/// thread.
+class MprisBus::Watch {
+ public:
+  Watch(const std::string& address, MprisObserver& observer)
+      : observer_(observer), connection_(connect(address)) {
+    connection_->addMatch(
+        "type='signal',sender='org.freedesktop.DBus',member='NameOwnerChanged',"
+        "arg0namespace='org.mpris.MediaPlayer2'",
+        [this](sdbus::Message& message) { guarded([&] { nameOwnerChanged(message); }); },
+        sdbus::floating_slot);
+    connection_->addMatch(
+        "type='signal',interface='org.freedesktop.DBus.Properties',member='PropertiesChanged',"
+        "path='/org/mpris/MediaPlayer2',arg0='org.mpris.MediaPlayer2.Player'",
+        [this](sdbus::Message& message) { guarded([&] { propertiesChanged(message); }); },
+        sdbus::floating_slot);
+    thread_ = std::thread([this] { run(); });
+  }
+
+  ~Watch() {
+    stopping_ = true;
+    wakeUp_.signal();
+    thread_.join();
+  }
+
+  Watch(const Watch&) = delete;
+  Watch& operator=(const Watch&) = delete;
+
+  void probe(const std::string& owner) {
+    {
+      const std::lock_guard lock(mutex_);
+      toProbe_.push_back(owner);
+    }
+    wakeUp_.signal();
+  }
+
+ private:
+  using Proxies = std::list<std::unique_ptr<sdbus::IProxy>>;
+  using ReplyHandler = std::function<void(sdbus::Message&, const sdbus::Error*)>;
+
+  void run() {
+    try {
+      listPlayers();
+      while (!stopping_) turn();
+    } catch (const sdbus::Error&) {
+      observer_.busLost();
+    }
+    calls_.clear();
+    finishedCalls_.clear();
+  }
+
+  void turn() {
+    while (connection_->processPendingRequest()) finishedCalls_.clear();
+    finishedCalls_.clear();
+    const auto data = connection_->getEventLoopPollData();
+    std::array<pollfd, 2> descriptors{
+        pollfd{.fd = data.fd, .events = data.events, .revents = 0},
+        pollfd{.fd = wakeUp_.descriptor(), .events = POLLIN, .revents = 0}};
+    poll(descriptors.data(), descriptors.size(), data.getPollTimeout());
+    wakeUp_.clear();
+    startProbes();
+  }
+
+  void listPlayers() {
+    ++outstanding_;
+    callAsync(kBusName, kBusPath, kBusName, "ListNames", {}, deadlineInMicroseconds(),
+              [this](sdbus::Message& reply, const sdbus::Error* error) {
+                std::vector<std::string> names;
+                if (error == nullptr) reply >> names;
+                for (const auto& name : names) {
+                  if (isPlayerName(name)) findOwner(name);
+                }
+                settleOne();
+              });
+  }
+
+  void findOwner(const std::string& name) {
+    ++outstanding_;
+    callAsync(kBusName, kBusPath, kBusName, "GetNameOwner", {name}, deadlineInMicroseconds(),
+              [this, name](sdbus::Message& reply, const sdbus::Error* error) {
+                if (error == nullptr) {
+                  std::string owner;
+                  reply >> owner;
+                  observer_.playerAppeared(name, owner);
+                  ++outstanding_;
+                  askStatus(owner, deadlineInMicroseconds(), [this] { settleOne(); });
+                }
+                settleOne();
+              });
+  }
+
+  /// One of the calls that make up the first list has ended.
+  void settleOne() {
+    if (--outstanding_ == 0) observer_.playersListed();
+  }
+
+  void askStatus(const std::string& owner, std::uint64_t deadline, std::function<void()> then) {
+    callAsync(
+        owner, kPlayerPath, kPropertiesInterface, "Get", {kPlayerInterface, "PlaybackStatus"},
+        deadline,
+        [this, owner, then = std::move(then)](sdbus::Message& reply, const sdbus::Error* error) {
+          statusReplied(owner, reply, error);
+          if (then) then();
+        });
+  }
+
+  void statusReplied(const std::string& owner, sdbus::Message& reply, const sdbus::Error* error) {
+    if (error == nullptr) {
+      const auto status = readVariant(reply, 0);
+      observer_.playerAnswered(owner, &status);
+    } else if (failureOf(*error) == PlayerFailure::TimedOut) {
+      observer_.playerFellSilent(owner);
+      askStatus(owner, kNoDeadline, nullptr);
+    } else {
+      observer_.playerAnswered(owner, nullptr);
+    }
+  }
+
+  void startProbes() {
+    std::vector<std::string> owners;
+    {
+      const std::lock_guard lock(mutex_);
+      owners.swap(toProbe_);
+    }
+    for (const auto& owner : owners) askStatus(owner, kNoDeadline, nullptr);
+  }
+
+  void nameOwnerChanged(sdbus::Message& message) {
+    std::string name;
+    std::string before;
+    std::string owner;
+    message >> name >> before >> owner;
+    if (!isPlayerName(name)) return;
+    if (!before.empty()) observer_.playerVanished(name);
+    if (owner.empty()) return;
+    observer_.playerAppeared(name, owner);
+    askStatus(owner, deadlineInMicroseconds(), nullptr);
+  }
+
+  void propertiesChanged(sdbus::Message& message) {
+    std::string interface;
+    message >> interface;
+    observer_.propertiesChanged(message.getSender(), readProperties(message, 0));
+  }
+
+  /// Sends a call with texts as arguments; `handler` gets the reply later, on this thread.
+  void callAsync(const std::string& destination, const std::string& path,
+                 const std::string& interface, const std::string& method,
+                 const std::vector<std::string>& arguments, std::uint64_t deadline,
+                 ReplyHandler handler) {
+    const auto call =
+        calls_.insert(calls_.end(), sdbus::createProxy(*connection_, destination, path));
+    auto message = (*call)->createMethodCall(interface, method);
+    for (const auto& argument : arguments) message << argument;
+    (*call)->callMethod(
+        message,
+        [this, call, handler = std::move(handler)](sdbus::MethodReply& reply,
+                                                   const sdbus::Error* error) {
+          guarded([&] { handler(reply, error); });
+          // The proxy is still in use here; the loop lets it go.
+          finishedCalls_.splice(finishedCalls_.end(), calls_, call);
+        },
+        deadline);
+  }
+
+  /// Handlers are called from C code, which no exception may cross: unreadable news are no news.
+  template <typename Action>
+  static void guarded(Action action) noexcept {
+    try {
+      action();
+    } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch)
+    }
+  }
+
+  MprisObserver& observer_;
+  std::unique_ptr<sdbus::IConnection> connection_;
+  Proxies calls_;
+  Proxies finishedCalls_;
+  int outstanding_ = 0;
+
+  WakeUp wakeUp_;
+  std::atomic<bool> stopping_{false};
+  std::mutex mutex_;
+  std::vector<std::string> toProbe_;
+  std::thread thread_;
+};
+
+MprisBus::MprisBus(const std::string& address, MprisObserver& observer) try
+    : connections_(std::make_unique<Connections>(address)),
+      watch_(std::make_unique<Watch>(address, observer)) {
+} catch (const sdbus::Error& error) {
+  throw std::runtime_error("no session bus: " + error.getMessage());
+}
+
+MprisBus::~MprisBus() = default;
+
+PlayerAnswer<PropertyValue> MprisBus::get(const std::string& owner, const char* property) {
+  return connections_->call(
+      owner, kPropertiesInterface, "Get",
+      [&](sdbus::Message& message) { message << kPlayerInterface << property; },
+      [](sdbus::Message& reply) { return readVariant(reply, 0); });
+}
+
+PlayerAnswer<PropertyMap> MprisBus::getAll(const std::string& owner) {
+  return connections_->call(
+      owner, kPropertiesInterface, "GetAll",
+      [](sdbus::Message& message) { message << kPlayerInterface; },
+      [](sdbus::Message& reply) { return readProperties(reply, 0); });
+}
+
+PlayerAnswer<Done> MprisBus::set(const std::string& owner, const char* property, double value) {
+  return connections_->call(
+      owner, kPropertiesInterface, "Set",
+      [&](sdbus::Message& message) {
+        message << kPlayerInterface << property << sdbus::Variant(value);
+      },
+      [](sdbus::Message& /*reply*/) { return Done(); });
+}
+
+PlayerAnswer<Done> MprisBus::call(const std::string& owner, const char* method) {
+  return connections_->call(
+      owner, kPlayerInterface, method, [](sdbus::Message& /*message*/) {},
+      [](sdbus::Message& /*reply*/) { return Done(); });
+}
+
+void MprisBus::probe(const std::string& owner) {
+  watch_->probe(owner);
+}
+
+}  // namespace Corvella

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "players/mpris/PropertyValue.h"
+
+namespace Corvella {
+
+/// Is told what happens to the players on the bus. Every call comes on the bus's watching thread.
+///
+/// A `name` is a well-known name such as "org.mpris.MediaPlayer2.mpv", an `owner` the unique name
+/// of the connection behind it.
+class MprisObserver {
+ public:
+  virtual ~MprisObserver() = default;
+
+  virtual void playerAppeared(const std::string& name, const std::string& owner) = 0;
+  virtual void playerVanished(const std::string& name) = 0;
+
+  /// Some properties have other values now; `changed` may leave out any of them.
+  virtual void propertiesChanged(const std::string& owner, const PropertyMap& changed) = 0;
+
+  /// The playback status that a player answered when it appeared or was probed; absent when it
+  /// answered with an error.
+  virtual void playerAnswered(const std::string& owner, const PropertyValue* status) = 0;
+
+  /// A player did not answer in time; it is being probed.
+  virtual void playerFellSilent(const std::string& owner) = 0;
+
+  /// All players that were there at the start have been reported.
+  virtual void playersListed() = 0;
+
+  /// The bus is gone, and every player with it.
+  virtual void busLost() = 0;
+};
+
+}  // namespace Corvella

@@ -1,0 +1,90 @@
+#include "tests/support/PrivateBus.h"
+
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <stdexcept>
+#include <system_error>
+
+#include "tests/support/Eventually.h"
+
+namespace Corvella {
+
+namespace {
+
+constexpr auto kSessionBus = "DBUS_SESSION_BUS_ADDRESS";
+
+std::string configuration(const std::filesystem::path& folder) {
+  return R"(<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
+ "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
+<busconfig>
+  <type>session</type>
+  <listen>unix:path=)" +
+         (folder / "bus").string() + R"(</listen>
+  <auth>EXTERNAL</auth>
+  <servicedir>)" +
+         (folder / "services").string() + R"(</servicedir>
+  <policy context="default">
+    <allow send_destination="*" eavesdrop="true"/>
+    <allow eavesdrop="true"/>
+    <allow own="*"/>
+  </policy>
+</busconfig>
+)";
+}
+
+}  // namespace
+
+void checkBus(int result, const char* source) {
+  if (result < 0) throw std::system_error(-result, std::generic_category(), source);
+}
+
+BusConnection connectToBus(const std::string& address) {
+  sd_bus* bus = nullptr;
+  checkBus(sd_bus_new(&bus), "sd_bus_new");
+  BusConnection connection(bus);
+  checkBus(sd_bus_set_address(bus, address.c_str()), "sd_bus_set_address");
+  checkBus(sd_bus_set_bus_client(bus, 1), "sd_bus_set_bus_client");
+  checkBus(sd_bus_start(bus), "sd_bus_start");
+  return connection;
+}
+
+PrivateBus::PrivateBus() {
+  std::filesystem::create_directory(folder_.path() / "services");
+  const auto file = folder_.write("bus.conf", configuration(folder_.path()));
+  // The configuration stands in for --session, which would bring the machine's services.
+  daemon_.emplace(std::vector<std::string>{"dbus-daemon", "--nofork", "--print-address",
+                                           "--config-file=" + file.string()});
+  eventually([this] { return daemon_->output().ends_with('\n') || !daemon_->running(); });
+  address_ = daemon_->output();
+  if (!address_.ends_with('\n')) throw std::runtime_error("no bus: " + daemon_->errors());
+  address_.pop_back();
+}
+
+void PrivateBus::addActivatableName(const std::string& name, const std::string& commandLine) {
+  // The bus looks into the folder again when it is asked for a name that it does not know.
+  folder_.write("services/" + name + ".service",
+                "[D-BUS Service]\nName=" + name + "\nExec=" + commandLine + "\n");
+}
+
+void PrivateBus::stop() {
+  daemon_->kill(SIGKILL);
+  daemon_->wait();
+}
+
+// NOLINTBEGIN(concurrency-mt-unsafe): no other thread runs, as the contract asks.
+ScopedSessionBus::ScopedSessionBus(const std::string& address) {
+  if (const char* before = ::getenv(kSessionBus)) before_ = before;
+  ::setenv(kSessionBus, address.c_str(), 1);
+}
+
+ScopedSessionBus::~ScopedSessionBus() {
+  if (before_) {
+    ::setenv(kSessionBus, before_->c_str(), 1);
+  } else {
+    ::unsetenv(kSessionBus);
+  }
+}
+// NOLINTEND(concurrency-mt-unsafe)
+
+}  // namespace Corvella
