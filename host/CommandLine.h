@@ -1,0 +1,28 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace Corvella {
+
+/// What the program was asked to do.
+struct CommandLine {
+  enum class Action : std::uint8_t { Print, ListPlayers, Help, Version };
+  Action action = Action::Print;
+  std::string player = "auto";  ///< "auto", "embedded" or the name of a player on the session bus.
+};
+
+/// A command line that cannot be followed; `message` is one line.
+struct UsageError {
+  std::string message;
+};
+
+/// Reads the arguments that come after the program's name.
+std::variant<CommandLine, UsageError> parseCommandLine(const std::vector<std::string>& arguments);
+
+/// How the program is used, with a line for each option; ends in a line feed.
+std::string usageText();
+
+}  // namespace Corvella
