@@ -33,10 +33,11 @@ void run() {
                     .cover = CORVELLA_RESOURCES "/covers/harbour.png",
                     .seconds = 600});
   PrivateBus bus;
+  const ScopedSessionBus session(bus.address());
   const RealMpv mpv(bus.address(), {.files = {track}});
   RawReader raw(bus.address(), mpv.busName());
 
-  MprisPlayer mprisPlayer("", bus.address());
+  MprisPlayer mprisPlayer;
   const ScriptedStack mpris(mprisPlayer);
   printRatio(
       "tick over MPRIS / three raw reads",

@@ -40,11 +40,6 @@ bool isPlayerName(std::string_view name) {
   return name.starts_with(kNamePrefix) && name != kProxyName;
 }
 
-std::unique_ptr<sdbus::IConnection> connect(const std::string& address) {
-  return address.empty() ? sdbus::createSessionBusConnection()
-                         : sdbus::createSessionBusConnectionWithAddress(address);
-}
-
 template <typename Wire, typename Stored>
 Stored readAs(sdbus::Message& message) {
   Wire value{};
@@ -169,8 +164,6 @@ class WakeUp {
 /// Connections for blocking calls, each used by one caller at a time and by no event loop.
 class MprisBus::Connections {
  public:
-  explicit Connections(std::string address) : address_(std::move(address)) {}
-
   /// Makes a call to a player's object and reads its reply.
   template <typename Compose, typename Read>
   auto call(const std::string& owner, const char* interface, const char* method, Compose compose,
@@ -213,7 +206,7 @@ class MprisBus::Connections {
         return connection;
       }
     }
-    return connect(address_);
+    return sdbus::createSessionBusConnection();
   }
 
   void giveBack(Connection connection) {
@@ -223,7 +216,6 @@ class MprisBus::Connections {
 
   static constexpr std::size_t kMostIdle = 4;
 
-  const std::string address_;
   std::mutex mutex_;
   std::vector<Connection> idle_;
 };
@@ -232,8 +224,8 @@ class MprisBus::Connections {
 /// thread.
 class MprisBus::Watch {
  public:
-  Watch(const std::string& address, MprisObserver& observer)
-      : observer_(observer), connection_(connect(address)) {
+  explicit Watch(MprisObserver& observer)
+      : observer_(observer), connection_(sdbus::createSessionBusConnection()) {
     connection_->addMatch(
         "type='signal',sender='org.freedesktop.DBus',member='NameOwnerChanged',"
         "arg0namespace='org.mpris.MediaPlayer2'",
@@ -415,9 +407,8 @@ class MprisBus::Watch {
   std::thread thread_;
 };
 
-MprisBus::MprisBus(const std::string& address, MprisObserver& observer) try
-    : connections_(std::make_unique<Connections>(address)),
-      watch_(std::make_unique<Watch>(address, observer)) {
+MprisBus::MprisBus(MprisObserver& observer) try
+    : connections_(std::make_unique<Connections>()), watch_(std::make_unique<Watch>(observer)) {
 } catch (const sdbus::Error& error) {
   throw std::runtime_error("no session bus: " + error.getMessage());
 }

@@ -23,10 +23,9 @@ class MprisBus {
  public:
   static constexpr std::chrono::milliseconds kDeadline{500};
 
-  /// Connects to the bus at `address`, or to the session's own when it is empty, and starts to
-  /// report to `observer`, which must outlive the bus. Throws `std::runtime_error` when no bus is
-  /// reachable.
-  MprisBus(const std::string& address, MprisObserver& observer);
+  /// Connects to the session bus and starts to report to `observer`, which must outlive the bus.
+  /// Throws `std::runtime_error` when no bus is reachable.
+  explicit MprisBus(MprisObserver& observer);
   /// Ends the watching thread; no report comes after it.
   ~MprisBus();
   MprisBus(const MprisBus&) = delete;

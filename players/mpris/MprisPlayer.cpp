@@ -29,8 +29,7 @@ struct MprisPlayer::Described {
   std::optional<double> rating;
 };
 
-MprisPlayer::MprisPlayer(std::string pinnedName, const std::string& busAddress)
-    : roster_(std::move(pinnedName)), bus_(busAddress, roster_) {}
+MprisPlayer::MprisPlayer(std::string pinnedName) : roster_(std::move(pinnedName)), bus_(roster_) {}
 
 std::vector<Player> MprisPlayer::players() const {
   roster_.awaitList(MprisBus::kDeadline);

@@ -17,10 +17,9 @@ namespace Corvella {
 /// deadline (`MprisBus::kDeadline`) fails every call at once until it has answered a probe.
 class MprisPlayer final : public MusicPlayer {
  public:
-  /// Connects to the session bus, or to the one at `busAddress`, and starts to follow its players.
-  /// With a `pinnedName` only players of that name count (see `PlayerRoster`). Throws
-  /// `std::runtime_error` when no bus is reachable.
-  explicit MprisPlayer(std::string pinnedName = {}, const std::string& busAddress = {});
+  /// Connects to the session bus and starts to follow its players. With a `pinnedName` only players
+  /// of that name count (see `PlayerRoster`). Throws `std::runtime_error` when no bus is reachable.
+  explicit MprisPlayer(std::string pinnedName = {});
 
   /// The players on the bus that count, by name. Waits for the first list, at most one deadline.
   std::vector<PlayerRoster::Player> players() const;

@@ -50,13 +50,14 @@ class AFakePlayerOnTheBus : public testing::Test {
   AFakePlayerOnTheBus() {
     fake_.set("Metadata", track("Title"));
     fake_.set("PlaybackStatus", Value::text("Playing"));
-    player_ = std::make_unique<MprisPlayer>("", bus_.address());
+    player_ = std::make_unique<MprisPlayer>();
     stack_ = std::make_unique<ScriptedStack>(*player_);
   }
 
   const SongController& controller() const { return stack_->controller; }
 
   PrivateBus bus_;
+  ScopedSessionBus session_{bus_.address()};
   FakeMprisPlayer fake_{bus_.address(), "fake"};
   std::unique_ptr<MprisPlayer> player_;
   std::unique_ptr<ScriptedStack> stack_;
@@ -261,24 +262,26 @@ TEST_F(AFakePlayerOnTheBus, GivesWayToOneThatPlays) {
 
 TEST(APinnedPlayer, IsShownWhateverTheOthersDo) {
   PrivateBus bus;
+  const ScopedSessionBus session(bus.address());
   FakeMprisPlayer loud(bus.address(), "loud");
   loud.set("Metadata", track("Loud"));
   loud.set("PlaybackStatus", Value::text("Playing"));
   FakeMprisPlayer quiet(bus.address(), "quiet.instance77");
   quiet.set("Metadata", track("Quiet"));
   quiet.set("PlaybackStatus", Value::text("Paused"));
-  MprisPlayer player("quiet", bus.address());
+  MprisPlayer player("quiet");
   const ScriptedStack stack(player);
   EXPECT_EQ(stack.controller.songInfo().title, "Quiet");
-  EXPECT_FALSE(MprisPlayer("absent", bus.address()).running());
+  EXPECT_FALSE(MprisPlayer("absent").running());
 }
 
 TEST(APlayerThatIsNotRunning, IsNeverStarted) {
   const TemporaryFolder folder;
   const auto mark = folder.path() / "started";
   PrivateBus bus;
+  const ScopedSessionBus session(bus.address());
   bus.addActivatableName("org.mpris.MediaPlayer2.sleeping", "/usr/bin/touch " + mark.string());
-  MprisPlayer player("sleeping", bus.address());
+  MprisPlayer player("sleeping");
   const ScriptedStack stack(player);
   EXPECT_FALSE(stack.controller.running());
   EXPECT_EQ(stack.controller.songInfo().title, "No Song Playing");
@@ -288,6 +291,7 @@ TEST(APlayerThatIsNotRunning, IsNeverStarted) {
 
 TEST(FiftyPlayers, AreListedWithinADeadlineThoughOneHangs) {
   PrivateBus bus;
+  const ScopedSessionBus session(bus.address());
   std::vector<std::unique_ptr<FakeMprisPlayer>> fakes;
   for (int i = 0; i < 50; ++i) {
     fakes.push_back(std::make_unique<FakeMprisPlayer>(bus.address(), "fake" + std::to_string(i)));
@@ -299,7 +303,7 @@ TEST(FiftyPlayers, AreListedWithinADeadlineThoughOneHangs) {
   proxy.set("Metadata", track("Proxy"));
   proxy.set("PlaybackStatus", Value::text("Playing"));
 
-  MprisPlayer player("", bus.address());
+  MprisPlayer player;
   const ScriptedStack stack(player);
   EXPECT_EQ(stack.controller.songInfo().title, "Seventeen");
   EXPECT_EQ(player.players().size(), 50U);
@@ -310,15 +314,16 @@ TEST(FiftyPlayers, AreListedWithinADeadlineThoughOneHangs) {
 
 TEST(ABus, ThatGoesAwayTakesItsPlayersAlong) {
   PrivateBus bus;
+  const ScopedSessionBus session(bus.address());
   FakeMprisPlayer fake(bus.address(), "fake");
   fake.set("Metadata", track("Title"));
-  MprisPlayer player("", bus.address());
+  MprisPlayer player;
   const ScriptedStack stack(player);
   EXPECT_EQ(stack.controller.songInfo().title, "Title");
   bus.stop();
   EXPECT_EQ(stack.controller.songInfo().title, "No Song Playing");
   EXPECT_TRUE(eventually([&] { return !stack.controller.running(); }));
-  EXPECT_THROW(MprisPlayer("", bus.address()), std::runtime_error);
+  EXPECT_THROW(MprisPlayer(), std::runtime_error);
 }
 
 }  // namespace

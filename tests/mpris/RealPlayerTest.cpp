@@ -36,7 +36,7 @@ class ARealPlayerOnTheBus : public testing::Test {
               {.title = "Second", .artist = "", .album = "", .lyrics = "", .cover = kCover});
     mpv_ = std::make_unique<RealMpv>(bus_.address(),
                                      RealMpv::Options{.files = {first, second}, .paused = true});
-    player_ = std::make_unique<MprisPlayer>("", bus_.address());
+    player_ = std::make_unique<MprisPlayer>();
     stack_ = std::make_unique<ScriptedStack>(*player_);
   }
 
@@ -47,6 +47,7 @@ class ARealPlayerOnTheBus : public testing::Test {
 
   TemporaryFolder folder_;
   PrivateBus bus_;
+  ScopedSessionBus session_{bus_.address()};
   BusClient client_{bus_.address()};
   std::unique_ptr<RealMpv> mpv_;
   std::unique_ptr<MprisPlayer> player_;
