@@ -42,8 +42,8 @@ std::string_view command(PlaybackRequest request) {
 /// Writes a line in one piece, whatever other threads write.
 void printLine(std::string_view line) {
   flockfile(stdout);
-  for (const char c : line) putchar_unlocked(c);
-  putchar_unlocked('\n');
+  for (const char c : line) std::putchar(static_cast<unsigned char>(c));
+  std::putchar('\n');
   funlockfile(stdout);
 }
 

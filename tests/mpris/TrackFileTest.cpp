@@ -121,7 +121,6 @@ TEST_P(ATrack, EmbedsOnlyPicturesThatAreSome) {
 }
 
 TEST_P(ATrack, SaysItsLyricsUnderTheirOtherName) {
-  if (GetParam().name == "m4a") GTEST_SKIP() << "knows one name only";
   const auto path = makeTrack({});
   TagLib::FileRef file(path.c_str(), false);
   TagLib::PropertyMap properties;
@@ -130,7 +129,8 @@ TEST_P(ATrack, SaysItsLyricsUnderTheirOtherName) {
   file.file()->setProperties(properties);
   file.save();
 
-  EXPECT_EQ(reader_.tags(urlOf(path)).lyrics, "La la");
+  // MP4 has one name for lyrics only.
+  EXPECT_EQ(reader_.tags(urlOf(path)).lyrics, GetParam().name == "m4a" ? "" : "La la");
 }
 
 TEST_P(ATrack, ThatIsDamagedIsReadWithoutHarm) {
@@ -208,26 +208,35 @@ std::string nestedChapters(int depth) {
   return frames;
 }
 
-/// A chapter frame whose content, which holds `frames`, is stored as if it were compressed: in
-/// zlib's format, but in blocks that are as they were.
-std::string compressedChapter(const std::string& frames) {
-  const std::string content = "a\0"s + std::string(16, '\0') + frames;
-  std::string packed = bigEndian(content.size()) + "\x78\x01";
-  std::uint32_t low = 1;  // Both halves of Adler-32.
+/// The bytes in zlib's format (RFC 1950 and 1951): one block of fixed codes, each of which stands
+/// for one byte.
+std::string zlibbed(const std::string& bytes) {
+  std::string packed = "\x78\x01";
+  std::size_t bitCount = 0;
+  const auto put = [&](std::uint32_t code, unsigned bits) {
+    for (; bits > 0; --bits, ++bitCount) {
+      if (bitCount % 8 == 0) packed += '\0';
+      const std::uint32_t bit = (code >> (bits - 1) & 1U) << bitCount % 8;
+      packed.back() = static_cast<char>(static_cast<unsigned char>(packed.back()) | bit);
+    }
+  };
+  std::uint32_t low = 1;  // The halves of the checksum.
   std::uint32_t high = 0;
-  for (std::size_t at = 0; at < content.size(); at += 0xFF00) {
-    const auto block = content.substr(at, 0xFF00);
-    const auto size = bigEndian(block.size());
-    const auto inverted = bigEndian(~block.size());
-    packed += at + block.size() == content.size() ? '\1' : '\0';
-    packed += {size[3], size[2], inverted[3], inverted[2]};
-    packed += block;
-  }
-  for (const char c : content) {
-    low = (low + static_cast<unsigned char>(c)) % 65521;
+  put(0b110, 3);
+  for (const char c : bytes) {
+    const std::uint32_t byte = static_cast<unsigned char>(c);
+    byte < 144 ? put(0x30 + byte, 8) : put(0x190 + byte - 144, 9);
+    low = (low + byte) % 65521;
     high = (high + low) % 65521;
   }
-  packed += bigEndian(high << 16U | low);
+  put(0, 7);
+  return packed + bigEndian(high << 16U | low);
+}
+
+/// A chapter frame whose content is stored compressed and holds `frames`.
+std::string compressedChapter(const std::string& frames) {
+  const std::string content = "a\0"s + std::string(16, '\0') + frames;
+  const std::string packed = bigEndian(content.size()) + zlibbed(content);
   return "CHAP" + bigEndian(packed.size()) + "\0\x80"s + packed;
 }
 

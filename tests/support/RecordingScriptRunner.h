@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -34,6 +35,11 @@ class RecordingScriptRunner final : public Corvella::ScriptRunner {
     return error;
   }
 
+  /// Is told the text of each script, without its opening, before the script is answered.
+  void setObserver(std::function<void(const std::string&)> observer) {
+    observer_ = std::move(observer);
+  }
+
   /// No script object can be made any more.
   void refuseToMakeScripts() { refuses_ = true; }
 
@@ -63,6 +69,7 @@ class RecordingScriptRunner final : public Corvella::ScriptRunner {
   static std::string opening() { return "tell app \"iTunes\" to "; }
 
   NSAppleScriptExecution run(const std::string& source) {
+    if (observer_) observer_(source.substr(opening().size()));
     const std::lock_guard lock(mutex_);
     scripts_.push_back(source);
     const auto found = answers_.find(source);
@@ -72,5 +79,6 @@ class RecordingScriptRunner final : public Corvella::ScriptRunner {
   mutable std::mutex mutex_;
   std::vector<std::string> scripts_;
   std::map<std::string, NSAppleScriptExecution> answers_;
+  std::function<void(const std::string&)> observer_;
   bool refuses_ = false;
 };
