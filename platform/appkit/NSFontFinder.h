@@ -1,0 +1,12 @@
+#pragma once
+
+#include <string_view>
+
+/// Knows which fonts are installed. The host brings the implementation.
+class NSFontFinder {
+ public:
+  virtual ~NSFontFinder() = default;
+
+  /// Whether a font of exactly this family name is installed. Main queue.
+  virtual bool hasFamily(std::string_view family) const = 0;
+};

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <memory>
+#include <utility>
+
+#include "platform/foundation/NSObject.h"
+
+/// What became of connecting an outlet by name.
+enum class NSOutletConnection {
+  Connected,
+  UnknownName,
+  WrongType,  ///< The outlet is of another class than the object.
+};
+
+/// Stores `object` in an outlet, a `std::shared_ptr` or `std::weak_ptr` to a class derived from
+/// `NSObject`, when it is of the outlet's class.
+template <template <class> class Pointer, class Class>
+NSOutletConnection NSConnectOutlet(Pointer<Class>& outlet,
+                                   const std::shared_ptr<NSObject>& object) {
+  auto typed = std::dynamic_pointer_cast<Class>(object);
+  if (!typed) return NSOutletConnection::WrongType;
+  outlet = std::move(typed);
+  return NSOutletConnection::Connected;
+}

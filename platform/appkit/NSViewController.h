@@ -1,0 +1,67 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "platform/appkit/NSControl.h"
+#include "platform/appkit/NSGeometry.h"
+#include "platform/appkit/NSInterfaceLoader.h"
+#include "platform/appkit/NSOutletConnection.h"
+#include "platform/appkit/NSView.h"
+#include "platform/foundation/NSBundle.h"
+#include "platform/foundation/NSCoder.h"
+#include "platform/foundation/NSObject.h"
+
+/// Owns a view that comes from an interface file, and answers for the file's outlets and actions.
+/// Owned by the host. Lives on the main queue.
+class NSViewController : public NSObject, public std::enable_shared_from_this<NSViewController> {
+ public:
+  using PreferredContentSizeObserver = std::function<void(NSSize)>;
+
+  /// `bundle` is where the interface file lies, null for the loader's own. The loader must outlive
+  /// the controller.
+  NSViewController(const NSInterfaceLoader& loader, std::optional<std::string> nibName,
+                   std::shared_ptr<const NSBundle> bundle);
+  /// Reads "nibName".
+  NSViewController(const NSInterfaceLoader& loader, const NSCoder& coder);
+  explicit NSViewController(const NSInterfaceLoader& loader);
+
+  /// The name of the interface file; empty for none.
+  virtual std::string nibName() const { return nibName_; }
+
+  /// The controller's view, never null; the first call loads it. Throws what the loader throws, and
+  /// `std::runtime_error` when the file connects no view.
+  std::shared_ptr<NSView> view();
+  bool isViewLoaded() const { return view_ != nullptr; }
+
+  NSSize preferredContentSize() const { return preferredContentSize_; }
+  /// The size in points that the host is asked to give the view. A size with a number that is not
+  /// finite is ignored; what is below zero becomes zero.
+  void setPreferredContentSize(NSSize size);
+  /// Called with the new size, once it is stored, whenever the preferred content size changes.
+  void setPreferredContentSizeObserver(PreferredContentSizeObserver observer);
+
+  /// Called by the host each time the view is about to be shown or hidden.
+  virtual void viewWillAppear() {}
+  virtual void viewWillDisappear() {}
+
+  /// Connects the outlet `name`; a derived class answers for its own and asks its base for the
+  /// others. This one knows "view".
+  virtual NSOutletConnection connectOutlet(std::string_view name,
+                                           const std::shared_ptr<NSObject>& object);
+
+  /// The action of that selector, such as "playButtonClicked:", to be given to a control; null when
+  /// there is none. It does not hold the controller, and does nothing once that has ended.
+  virtual NSControl::Action actionNamed(std::string_view selector);
+
+ private:
+  const NSInterfaceLoader& loader_;
+  std::string nibName_;
+  std::shared_ptr<const NSBundle> bundle_;
+  std::shared_ptr<NSView> view_;
+  NSSize preferredContentSize_;
+  PreferredContentSizeObserver preferredContentSizeObserver_;
+};

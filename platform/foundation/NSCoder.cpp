@@ -1,0 +1,63 @@
+#include "platform/foundation/NSCoder.h"
+
+#include <charconv>
+#include <cmath>
+#include <stdexcept>
+#include <system_error>
+
+NSCoder::NSCoder(std::string place, const NSTextMeasurer& textMeasurer,
+                 const NSFontFinder& fontFinder)
+    : place_(std::move(place)), textMeasurer_(textMeasurer), fontFinder_(fontFinder) {}
+
+void NSCoder::encodeString(std::string key, std::string value) {
+  values_.insert_or_assign(std::move(key), std::move(value));
+}
+
+NSCoder& NSCoder::encodeChild(std::string key, std::string place) {
+  auto child = std::make_unique<NSCoder>(std::move(place), textMeasurer_, fontFinder_);
+  return *children_.insert_or_assign(std::move(key), std::move(child)).first->second;
+}
+
+bool NSCoder::containsValueForKey(std::string_view key) const {
+  return find(key) || childForKey(key);
+}
+
+std::string NSCoder::decodeStringForKey(std::string_view key, std::string_view otherwise) const {
+  const std::string* const text = find(key);
+  return text ? *text : std::string(otherwise);
+}
+
+bool NSCoder::decodeBoolForKey(std::string_view key, bool otherwise) const {
+  return decodeCaseForKey(key, {{"YES", true}, {"NO", false}}, otherwise);
+}
+
+double NSCoder::decodeDoubleForKey(std::string_view key, double otherwise) const {
+  const std::string* const text = find(key);
+  if (!text) return otherwise;
+  double number = 0;
+  const char* const end = text->data() + text->size();
+  const auto [rest, error] = std::from_chars(text->data(), end, number);
+  if (error != std::errc() || rest != end || !std::isfinite(number)) {
+    failForKey(key, "is not a number: \"" + *text + "\"");
+  }
+  return number;
+}
+
+const NSCoder* NSCoder::childForKey(std::string_view key) const {
+  const auto child = children_.find(key);
+  return child == children_.end() ? nullptr : child->second.get();
+}
+
+const NSCoder& NSCoder::cell() const {
+  const NSCoder* const cell = childForKey("cell");
+  return cell ? *cell : *this;
+}
+
+void NSCoder::failForKey(std::string_view key, std::string_view problem) const {
+  throw std::runtime_error(place_ + ": " + std::string(key) + ": " + std::string(problem));
+}
+
+const std::string* NSCoder::find(std::string_view key) const {
+  const auto value = values_.find(key);
+  return value == values_.end() ? nullptr : &value->second;
+}

@@ -1,0 +1,5 @@
+#include "platform/foundation/NSObject.h"
+
+NSObject::~NSObject() = default;
+
+void NSObject::awakeFromNib() {}

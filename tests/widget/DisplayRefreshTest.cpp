@@ -1,0 +1,238 @@
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+
+#include "tests/support/RowName.h"
+#include "tests/support/WidgetRig.h"
+
+namespace Corvella {
+namespace {
+
+using testing::ElementsAre;
+
+TEST(ARefresh, FetchesInTheBackgroundAndShowsInOrder) {
+  WidgetRig rig;
+  rig.playerPlays("Song A", "La la", 80);
+  rig.songRatingCell->setHighlighted(true);
+  rig.onMain([&] { rig.controller->updateSongInfo(); });
+  EXPECT_THAT(rig.log.take(), ElementsAre("to global"));
+
+  rig.globalQueue.runAll();
+  EXPECT_THAT(
+      rig.log.take(),
+      ElementsAre("script: get (name, artist, album, lyrics, rating, finish) of current track",
+                  "script: get sound volume",
+                  "script: tell artwork 1 of the current track to raw data", "to main"));
+  rig.loop.runTurn();
+  EXPECT_THAT(rig.log.take(),
+              ElementsAre("toggleLyricsButton", "songTitle", "songArtistAndAlbum", "albumArtView",
+                          "size 320 x 285", "songRatingIndicator", "soundVolume", "progressBar",
+                          "script: get player state as string"));
+
+  EXPECT_EQ(rig.toggleLyricsButton->title(), "Show Lyrics");
+  EXPECT_EQ(rig.songTitle->stringValue(), "Song A");
+  EXPECT_EQ(rig.songArtistAndAlbum->stringValue(), "Artist X - Album Y");
+  EXPECT_EQ(rig.albumArtView->image()->width(), 7);
+  EXPECT_EQ(rig.inside.songRating(), 4);
+  EXPECT_EQ(rig.songRatingIndicator->integerValue(), 4);
+  EXPECT_EQ(rig.soundVolume->integerValue(), 35);
+  EXPECT_EQ(rig.progressBar->maxValue(), 200.0);
+  EXPECT_EQ(rig.progressBar->doubleValue(), 0.0);
+  EXPECT_EQ(rig.playButton->title(), "");
+}
+
+TEST(ARefresh, HighlightsTheCellBetweenTheHeightAndTheRating) {
+  WidgetRig rig;
+  rig.playerPlays("Song A", "La la", 80);
+  // A cell of an interface file is not highlighted before the first write.
+  NSCoder coder("cell", rig.measurer, rig.fonts);
+  const auto fresh = std::make_shared<SongRatingLevelIndicatorCell>(coder);
+  fresh->setControlView(rig.cellView);
+  rig.controller->setSongRatingCell(fresh);
+  rig.onMain([&] { rig.controller->updateSongInfo(); });
+  rig.globalQueue.runAll();
+  rig.log.take();
+  rig.loop.runTurn();
+  const auto events = rig.log.take();
+  const auto cell = std::find(events.begin(), events.end(), "songRatingCell");
+  ASSERT_NE(cell, events.end());
+  EXPECT_EQ(*(cell - 1), "size 320 x 285");
+  EXPECT_EQ(*(cell + 1), "songRatingIndicator");
+}
+
+TEST(ARefresh, OfAnUnfoldedPanelSetsTheTextBeforeItMeasures) {
+  WidgetRig rig;
+  rig.playerPlays("Song A", "one\ntwo\nthree");
+  rig.inside.setExpanded(true);
+  rig.refresh();
+  EXPECT_EQ(rig.toggleLyricsButton->title(), "Hide Lyrics");
+  EXPECT_EQ(rig.lyricsView->string(), "one\ntwo\nthree");
+  EXPECT_EQ(rig.controller->preferredContentSize(), (NSSize{320, 285 + 3 * 12}));
+
+  rig.playerPlays("Song B", "Instrumental");
+  rig.refresh();
+  EXPECT_EQ(rig.toggleLyricsButton->title(), "No Lyrics");
+  EXPECT_EQ(rig.lyricsView->string(), "Instrumental");
+  EXPECT_EQ(rig.controller->preferredContentSize(), (NSSize{320, 285 + 12}));
+
+  rig.lyricsView->setLayoutManager(nullptr);
+  rig.refresh();
+  EXPECT_EQ(rig.controller->preferredContentSize(), (NSSize{320, 285}));
+}
+
+TEST(ARefresh, KeepsTheWidthThatTheViewHasByThen) {
+  WidgetRig rig;
+  rig.playerPlays("Song A");
+  rig.controller->view()->setFrameSize({.width = 400, .height = 900});
+  rig.refresh();
+  EXPECT_EQ(rig.controller->preferredContentSize(), (NSSize{400, 285}));
+}
+
+struct LyricsRow {
+  std::string name;
+  std::string lyrics;
+  bool missing;
+};
+
+class TheLyrics : public testing::TestWithParam<LyricsRow> {};
+
+TEST_P(TheLyrics, AreJudgedByTheirWholeLowercasedText) {
+  WidgetRig rig;
+  rig.playerPlays("Song", GetParam().lyrics);
+  rig.refresh();
+  EXPECT_EQ(rig.toggleLyricsButton->title(), GetParam().missing ? "No Lyrics" : "Show Lyrics");
+}
+
+INSTANTIATE_TEST_SUITE_P(OfEachKind, TheLyrics,
+                         testing::Values(LyricsRow{"Empty", "", true},
+                                         LyricsRow{"Capital", "Instrumental", true},
+                                         LyricsRow{"InParentheses", "(INSTRUMENTAL)", true},
+                                         LyricsRow{"InBrackets", "[Instrumental]", true},
+                                         LyricsRow{"BlankBefore", " instrumental", false},
+                                         LyricsRow{"LineEnd", "instrumental\n", false},
+                                         LyricsRow{"MoreWords", "Instrumental version", false},
+                                         LyricsRow{"ABlank", " ", false},
+                                         LyricsRow{"OtherLetter", "\u0130nstrumental", false},
+                                         LyricsRow{"Accented", "instrument\u00e1l", false}),
+                         rowName);
+
+TEST(TheRating, IsDividedIntoWholeStars) {
+  const std::vector<std::pair<int, int>> rows{{100, 5}, {99, 4}, {59, 2}, {50, 2}, {0, 0}};
+  for (const auto& [rating, stars] : rows) {
+    WidgetRig rig;
+    rig.playerPlays("Song", "", rating);
+    rig.refresh();
+    EXPECT_EQ(rig.songRatingIndicator->integerValue(), stars) << rating;
+  }
+  WidgetRig rig;
+  rig.playerPlays("Song", "", -59);
+  rig.refresh();
+  EXPECT_EQ(rig.inside.songRating(), -2);
+}
+
+TEST(TheProgressMaximum, FollowsTheFinishTextOrStays) {
+  WidgetRig rig;
+  rig.playerPlays("Song", "", 0, "215.5");
+  rig.refresh();
+  EXPECT_EQ(rig.progressBar->maxValue(), 215.5);
+  rig.scripts.fail(WidgetRig::kSong);
+  rig.refresh();
+  EXPECT_EQ(rig.progressBar->maxValue(), 215.5);
+  rig.playerPlays("Song", "", 0, "unknown");
+  rig.refresh();
+  EXPECT_EQ(rig.progressBar->maxValue(), 0.0);
+}
+
+TEST(ARefreshWithoutATrack, ShowsTheNoSongRecord) {
+  WidgetRig rig;
+  rig.playerPlays("Song");
+  rig.refresh();
+  rig.scripts.fail(WidgetRig::kSong);
+  rig.scripts.fail(WidgetRig::kArtwork);
+  rig.scripts.answerText(WidgetRig::kState, "stopped");
+  rig.decoder.knowAnythingElseAs(512, 512);
+  rig.refresh();
+  EXPECT_EQ(rig.songTitle->stringValue(), "No Song Playing");
+  EXPECT_EQ(rig.songArtistAndAlbum->stringValue(), "Artist - Album");
+  EXPECT_EQ(rig.albumArtView->image()->width(), 512);
+  EXPECT_EQ(rig.toggleLyricsButton->title(), "No Lyrics");
+  EXPECT_EQ(rig.songRatingIndicator->integerValue(), 0);
+  EXPECT_EQ(rig.soundVolume->integerValue(), 35);
+}
+
+TEST(TheTimer, IsStartedOnceWhilePlayingAndReplacedByTheNextRefresh) {
+  WidgetRig rig;
+  rig.playerPlays("Song");
+  rig.refresh();
+  const auto first = rig.inside.timer();
+  ASSERT_NE(first, nullptr);
+  rig.refresh();
+  EXPECT_NE(rig.inside.timer(), first);
+  EXPECT_FALSE(first->isValid());
+  EXPECT_TRUE(rig.inside.timer()->isValid());
+  rig.log.take();
+  rig.tickAfter(std::chrono::seconds(1));
+  EXPECT_THAT(rig.log.take(), testing::Contains("script: player position").Times(1));
+}
+
+TEST(TheTimer, IsLeftAloneInEveryOtherState) {
+  WidgetRig rig;
+  rig.playerPlays("Song");
+  for (const auto* state : {"Playing", "paused", "stopped", ""}) {
+    rig.scripts.answerText(WidgetRig::kState, state);
+    rig.refresh();
+    EXPECT_EQ(rig.inside.timer(), nullptr) << state;
+  }
+  rig.scripts.answerText(WidgetRig::kState, "playing");
+  rig.refresh();
+  const auto timer = rig.inside.timer();
+  rig.scripts.fail(WidgetRig::kState);
+  rig.refresh();
+  EXPECT_EQ(rig.inside.timer(), timer);
+  EXPECT_TRUE(timer->isValid());
+}
+
+TEST(TwoRefreshes, WhoseBackgroundStepsEndInReverseLeaveTheLastOneOnScreen) {
+  WidgetRig rig;
+  rig.playerPlays("First");
+  rig.onMain([&] { rig.controller->updateSongInfo(); });
+  rig.onMain([&] { rig.controller->updateSongInfo(); });
+  rig.globalQueue.run(1);
+  rig.playerPlays("Second");
+  rig.globalQueue.run(0);
+  rig.loop.runTurn();
+  EXPECT_EQ(rig.songTitle->stringValue(), "Second");
+}
+
+TEST(ARefreshWithoutOutlets, GoesThroughAllTheSame) {
+  WidgetRig rig;
+  rig.playerPlays("Song");
+  const auto bare = std::make_shared<TodayViewController>(rig.services);
+  rig.onMain([&] { bare->updateSongInfo(); });
+  rig.albumArtView = nullptr;
+  rig.songTitle = nullptr;
+  rig.songRatingIndicator = nullptr;
+  rig.songRatingCell = nullptr;
+  rig.progressBar = nullptr;
+  rig.toggleLyricsButton = nullptr;
+  rig.onMain([&] { rig.controller->updateSongInfo(); });
+  rig.settle();
+  EXPECT_EQ(rig.soundVolume->integerValue(), 35);
+  EXPECT_NE(TodayViewControllerInspector(*bare).timer(), nullptr);
+}
+
+TEST(AControllerThatItsOwnerReleases, LivesUntilItsBlocksHaveRun) {
+  WidgetRig rig;
+  rig.playerRuns("paused");
+  rig.onMain([&] { rig.controller->updateSongInfo(); });
+  const std::weak_ptr<TodayViewController> weak = std::exchange(rig.controller, nullptr);
+  EXPECT_FALSE(weak.expired());
+  rig.globalQueue.runAll();
+  EXPECT_FALSE(weak.expired());
+  rig.loop.runTurn();
+  EXPECT_TRUE(weak.expired());
+}
+
+}  // namespace
+}  // namespace Corvella

@@ -1,0 +1,121 @@
+#include <chrono>
+#include <string>
+
+#include <gmock/gmock.h>
+
+#include "tests/support/WidgetRig.h"
+
+namespace Corvella {
+namespace {
+
+using testing::ElementsAre;
+
+const std::vector<std::string> kTickScripts{"script: player position",
+                                            std::string("script: ") + WidgetRig::kSong,
+                                            "script: get sound volume"};
+
+/// A widget that shows "Song A", which plays.
+class ATick : public testing::Test {
+ protected:
+  ATick() {
+    rig_.playerPlays("Song A");
+    rig_.scripts.answerText(WidgetRig::kPosition, "63.5");
+    rig_.refresh();
+    rig_.log.take();
+  }
+
+  void tick() { rig_.tickAfter(std::chrono::seconds(1)); }
+  bool startsARefresh() {
+    tick();
+    const bool started = rig_.globalQueue.size() == 1;
+    rig_.settle();
+    return started;
+  }
+
+  WidgetRig rig_;
+};
+
+TEST_F(ATick, MovesTheBarAndAsksThreeScriptsInOrder) {
+  tick();
+  auto expected = kTickScripts;
+  expected.insert(expected.begin() + 1, "progressBar");
+  EXPECT_THAT(rig_.log.take(), testing::ElementsAreArray(expected));
+  EXPECT_EQ(rig_.progressBar->doubleValue(), 63.5);
+}
+
+TEST_F(ATick, ComesEverySecondFromTheSameTimer) {
+  const auto timer = rig_.inside.timer();
+  rig_.tickAfter(std::chrono::milliseconds(999));
+  EXPECT_THAT(rig_.log.take(), testing::IsEmpty());
+  rig_.tickAfter(std::chrono::milliseconds(1));
+  tick();
+  EXPECT_EQ(rig_.scripts.scripts().size(), 4U + 6U);
+  EXPECT_EQ(rig_.inside.timer(), timer);
+}
+
+TEST_F(ATick, WithoutAPositionKeepsTheBarAndChecksTheTitleAllTheSame) {
+  tick();
+  rig_.scripts.answer(WidgetRig::kPosition, NSAppleEventDescriptor::listDescriptor({}));
+  rig_.log.take();
+  tick();
+  EXPECT_THAT(rig_.log.take(), testing::ElementsAreArray(kTickScripts));
+  EXPECT_EQ(rig_.progressBar->doubleValue(), 63.5);
+  rig_.scripts.answerText(WidgetRig::kPosition, "soon");
+  tick();
+  EXPECT_EQ(rig_.progressBar->doubleValue(), 0.0);
+}
+
+TEST_F(ATick, SeesANewTrackByItsTitleUpToNormalization) {
+  rig_.playerPlays("Song B");
+  EXPECT_TRUE(startsARefresh());
+  EXPECT_EQ(rig_.songTitle->stringValue(), "Song B");
+  rig_.playerPlays("song b");
+  EXPECT_TRUE(startsARefresh());
+  rig_.playerPlays("Caf\u00e9");
+  EXPECT_TRUE(startsARefresh());
+  rig_.playerPlays("Cafe\u0301");
+  EXPECT_FALSE(startsARefresh());
+  rig_.playerPlays("Cafe");
+  EXPECT_TRUE(startsARefresh());
+}
+
+TEST_F(ATick, TakesAnotherTrackOfTheSameTitleForTheSame) {
+  rig_.playerPlays("Song A", "other lyrics", 100, "99.0");
+  rig_.scripts.answerText(WidgetRig::kPosition, "2.0");
+  EXPECT_FALSE(startsARefresh());
+  EXPECT_EQ(rig_.progressBar->maxValue(), 200.0);
+  EXPECT_EQ(rig_.progressBar->doubleValue(), 2.0);
+}
+
+TEST_F(ATick, AfterThePlayerWasLostShowsNoSongOnceAndGoesOn) {
+  rig_.scripts.fail(WidgetRig::kSong);
+  rig_.scripts.answerText(WidgetRig::kState, "stopped");
+  EXPECT_TRUE(startsARefresh());
+  EXPECT_EQ(rig_.songTitle->stringValue(), "No Song Playing");
+  EXPECT_FALSE(startsARefresh());
+  EXPECT_TRUE(rig_.inside.timer()->isValid());
+}
+
+TEST_F(ATick, WithoutATitleOutletRefreshesEachTime) {
+  rig_.songTitle = nullptr;
+  rig_.progressBar = nullptr;
+  EXPECT_TRUE(startsARefresh());
+  EXPECT_TRUE(startsARefresh());
+}
+
+TEST_F(ATick, ComesNoMoreOnceTheTimerIsStoppedEvenWhenItWasDue) {
+  rig_.clock.advance(std::chrono::seconds(5));
+  rig_.onMain([this] {
+    rig_.controller->previousButtonClicked(*rig_.otherButton);
+    rig_.log.take();
+  });
+  EXPECT_EQ(rig_.inside.timer() != nullptr, true);
+  rig_.loop.runTurn();
+  EXPECT_EQ(rig_.inside.timer(), nullptr);
+  rig_.log.take();
+  rig_.tickAfter(std::chrono::seconds(5));
+  EXPECT_THAT(rig_.log.take(), testing::IsEmpty());
+}
+
+}  // namespace
+}  // namespace Corvella
