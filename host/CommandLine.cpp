@@ -14,13 +14,14 @@ struct Options {
   QCommandLineOption player{"player", "Which player to show: auto, embedded, or a player's name.",
                             "auto|embedded|NAME", "auto"};
   QCommandLineOption listPlayers{"list-players", "List the players that can be shown."};
-  QCommandLineOption print{"print", "Print what plays, once, and end."};
+  QCommandLineOption print{"print", "Print what the widget shows, once, and end."};
+  QCommandLineOption lyrics{"lyrics", "Unfold the lyrics, too."};
   QCommandLineOption help{{"h", "help"}, "Show this help."};
   QCommandLineOption version{{"v", "version"}, "Show the version."};
 
   void addTo(QCommandLineParser& parser) const {
     parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsCompactedShortOptions);
-    parser.addOptions({player, listPlayers, print, help, version});
+    parser.addOptions({player, listPlayers, print, lyrics, help, version});
   }
 };
 
@@ -47,6 +48,7 @@ std::variant<CommandLine, UsageError> parseCommandLine(const std::vector<std::st
   }
   if (parser.value(options.player).isEmpty()) return UsageError{"--player needs a name."};
   return CommandLine{.action = actionOf(parser, options),
+                     .lyrics = parser.isSet(options.lyrics),
                      .player = parser.value(options.player).toStdString()};
 }
 
@@ -60,7 +62,8 @@ Shows what a music player is playing.
                                built-in one; auto (the default) is whichever plays
                                on the session bus, or embedded where there is no bus
   --list-players               list the players that can be shown, and end
-  --print                      print what plays, once, and end
+  --print                      print what the widget shows, once, and end
+  --lyrics                     with --print: unfold the lyrics, and print them whole
   -h, --help                   show this help
   -v, --version                show the version
 )";

@@ -11,6 +11,7 @@ namespace Corvella {
 struct CommandLine {
   enum class Action : std::uint8_t { Print, ListPlayers, Help, Version };
   Action action = Action::Print;
+  bool lyrics = false;          ///< With the lyrics unfolded.
   std::string player = "auto";  ///< "auto", "embedded" or the name of a player on the session bus.
 };
 

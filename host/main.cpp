@@ -1,4 +1,5 @@
-#include <QCoreApplication>
+#include <QGuiApplication>
+#include <QString>
 #include <cstdio>
 #include <exception>
 #include <filesystem>
@@ -8,11 +9,15 @@
 #include <variant>
 #include <vector>
 
+#include <qlogging.h>
+
 #include "host/CommandLine.h"
+#include "host/DisplayReader.h"
 #include "host/PlayerSelection.h"
+#include "host/QtFontFinder.h"
 #include "host/QtImageDecoder.h"
-#include "host/SongReport.h"
-#include "model/SongController.h"
+#include "host/QtTextMeasurer.h"
+#include "host/WidgetDisplay.h"
 #include "platform/dispatch/Clock.h"
 #include "platform/foundation/NSBundle.h"
 #include "platform/foundation/NSPropertyList.h"
@@ -39,20 +44,30 @@ ScriptingTargets entitledTargets(const NSBundle& bundle) {
   return ScriptingTargets::fromEntitlements(NSPropertyList::propertyListWithData(*bytes, path));
 }
 
-void print(const std::string& choice) {
+/// Everything that the widget's thread works with, put together.
+void print(const CommandLine& commandLine) {
   const SteadyClock clock;
-  const QtImageDecoder decoder;
+  const QtImageDecoder imageDecoder;
+  const QtFontFinder fontFinder;
+  const QtTextMeasurer textMeasurer;
   const auto bundle = resourceBundle();
-  const auto player = selectPlayer(choice, clock, bundle, std::cerr);
+  const auto player = selectPlayer(commandLine.player, clock, bundle, std::cerr);
   PlayerScriptRunner runner(*player, entitledTargets(bundle));
-  const SongController controller(runner, bundle, decoder);
-  std::cout << songReport(controller);
+  DisplayReader reader({.clock = clock,
+                        .scriptRunner = runner,
+                        .bundle = bundle,
+                        .imageDecoder = imageDecoder,
+                        .fontFinder = fontFinder,
+                        .textMeasurer = textMeasurer});
+  const auto display = reader.read(commandLine.lyrics);
+  std::cout << displayText(display);
+  if (commandLine.lyrics) std::cout << lyricsText(display);
 }
 
 void perform(const CommandLine& commandLine) {
   switch (commandLine.action) {
     case CommandLine::Action::Print:
-      return print(commandLine.player);
+      return print(commandLine);
     case CommandLine::Action::ListPlayers:
       return listPlayers(std::cout);
     case CommandLine::Action::Help:
@@ -62,6 +77,12 @@ void perform(const CommandLine& commandLine) {
       std::cout << "corvella " CORVELLA_VERSION "\n";
       return;
   }
+}
+
+/// Qt's warnings are about its own surroundings and mean nothing to a user of `--print`.
+void showOnlyGraveMessages(QtMsgType type, const QMessageLogContext& /*context*/,
+                           const QString& message) {
+  if (type == QtCriticalMsg || type == QtFatalMsg) std::cerr << message.toStdString() << "\n";
 }
 
 int run(const std::vector<std::string>& arguments) {
@@ -88,6 +109,8 @@ int run(const std::vector<std::string>& arguments) {
 int main(int argc, char** argv) {
   // Lines appear when they are written, also in a pipe.
   std::setvbuf(stdout, nullptr, _IOLBF, 0);
-  const QCoreApplication application(argc, argv);
+  qInstallMessageHandler(Corvella::showOnlyGraveMessages);
+  qputenv("QT_QPA_PLATFORM", "offscreen");  // There is no window yet.
+  const QGuiApplication application(argc, argv);
   return Corvella::run({argv + (argc > 0 ? 1 : 0), argv + argc});
 }

@@ -49,19 +49,25 @@ TEST(TheProgram, PrintsATrackOfARealPlayer) {
   const auto printed = run({"--print"}, bus.address());
   EXPECT_EQ(printed.status, 0);
   EXPECT_EQ(printed.output,
-            "running: true\nstate: paused\ntitle: Dawn\nartist: The Larks\nalbum: Morning\n"
-            "rating: 0\nvolume: 100\nposition: 0.0\nfinish: 60.0\nartwork: 512 x 512, " +
-                std::to_string(std::filesystem::file_size(cover)) + " bytes\nlyrics: 3 lines\n");
+            "songTitle: Dawn\nsongArtistAndAlbum: The Larks - Morning\nalbumArtView: 512 x 512\n"
+            "songRatingIndicator: 0 of 5\nplayButton: \u25b6\nsoundVolume: 100\n"
+            "progressBar: 0 of 60\ntoggleLyricsButton: Show Lyrics\nlyricsView:  (0 lines)\n"
+            "preferredContentSize: 320 x 285\n");
+  const auto unfolded = run({"--print", "--lyrics"}, bus.address());
+  EXPECT_THAT(unfolded.output, AllOf(HasSubstr("toggleLyricsButton: Hide Lyrics\n"),
+                                     HasSubstr("lyricsView: one (3 lines)\n"),
+                                     testing::EndsWith("\none\ntwo\nthree\n")));
   EXPECT_THAT(run({"--list-players"}, bus.address()).output, HasSubstr("mpv (paused)\n"));
-  EXPECT_THAT(run({"--player", "mpv"}, bus.address()).output, HasSubstr("title: Dawn\n"));
-  EXPECT_THAT(run({"--player", "other"}, bus.address()).output, HasSubstr("running: false\n"));
+  EXPECT_THAT(run({"--player", "mpv"}, bus.address()).output, HasSubstr("songTitle: Dawn\n"));
+  EXPECT_THAT(run({"--player", "other"}, bus.address()).output,
+              HasSubstr("songTitle: No Song Playing\nsongArtistAndAlbum: N/A - N/A\n"));
 }
 
 TEST(TheProgram, SaysSoWhenItShowsTheEmbeddedPlayerForWantOfABus) {
   const auto printed = run({"--print"});
   EXPECT_EQ(printed.status, 0);
-  EXPECT_THAT(printed.output, AllOf(StartsWith("running: true\nstate: playing\n"),
-                                    HasSubstr("artwork: 512 x 512")));
+  EXPECT_THAT(printed.output, AllOf(HasSubstr("albumArtView: 512 x 512\n"),
+                                    HasSubstr("preferredContentSize: 320 x 285\n")));
   EXPECT_THAT(printed.errors, HasSubstr("embedded"));
   EXPECT_EQ(run({"--player", "embedded"}).errors, "");
 }

@@ -1,0 +1,72 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <thread>
+
+#include "host/WidgetHost.h"
+#include "platform/appkit/NSFontFinder.h"
+#include "platform/appkit/NSImageDecoder.h"
+#include "platform/appkit/NSTextMeasurer.h"
+#include "platform/dispatch/Clock.h"
+#include "platform/dispatch/RunLoop.h"
+#include "platform/foundation/NSBundle.h"
+#include "scripting/ScriptRunner.h"
+
+namespace Corvella {
+
+/// What the host brings to the widget. All of it outlives the extension's thread.
+struct HostServices {
+  const Clock& clock;
+  ScriptRunner& scriptRunner;
+  const NSBundle& bundle;
+  const NSImageDecoder& imageDecoder;
+  const NSFontFinder& fontFinder;
+  const NSTextMeasurer& textMeasurer;
+};
+
+/// Runs the widget's extension on a thread and a run loop of its own, as if it were another
+/// process: calls of the host and input of the user go in as messages, in order, and snapshots come
+/// out. The widget's view is given the size that it prefers.
+///
+/// Any thread; nothing here blocks, but for the end.
+class ExtensionThread {
+ public:
+  /// Starts the thread. `host` outlives this object.
+  ExtensionThread(const HostServices& services, WidgetHost& host);
+  /// Ends the thread as soon as the script that is running has returned.
+  ~ExtensionThread();
+  ExtensionThread(const ExtensionThread&) = delete;
+  ExtensionThread& operator=(const ExtensionThread&) = delete;
+
+  /// Hands the widget a callback whose results go to `WidgetHost::updateReported`.
+  void performUpdate();
+  /// The widget is about to be shown or hidden.
+  void appear();
+  void disappear();
+
+  /// The user has clicked the button of that identifier. Each click counts.
+  void click(const std::string& identifier);
+
+  /// The user has moved the slider or the stars of that identifier. While the widget is busy only
+  /// the newest value of each control waits.
+  void setValue(const std::string& identifier, double value);
+
+ private:
+  class Extension;
+
+  void run();
+  void post(void (Extension::*message)());
+
+  const HostServices services_;
+  WidgetHost& host_;
+  RunLoop runLoop_;
+  std::unique_ptr<Extension> extension_;  // Lives on the thread.
+  std::mutex mutex_;
+  std::map<std::string, double> newestValues_;  // By control; guarded by the mutex.
+  std::thread thread_;
+};
+
+}  // namespace Corvella

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <string>
+
+#include "host/WidgetSnapshot.h"
+#include "platform/notification_center/NCUpdateResult.h"
+
+namespace Corvella {
+
+/// Is told what the widget does. Every call comes on the widget's thread and must not block it.
+class WidgetHost {
+ public:
+  virtual ~WidgetHost() = default;
+
+  /// Something on the widget's display has changed; at most once per turn of its run loop.
+  virtual void displayChanged(WidgetSnapshot snapshot) = 0;
+
+  /// The widget has reported on an update.
+  virtual void updateReported(NCUpdateResult result) = 0;
+
+  /// The widget could not be started, with the reason; nothing else comes.
+  virtual void startFailed(const std::string& reason) = 0;
+};
+
+}  // namespace Corvella
