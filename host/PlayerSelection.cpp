@@ -42,14 +42,14 @@ std::unique_ptr<MusicPlayer> selectPlayer(const std::string& choice, const Clock
   }
 }
 
-void listPlayers(std::ostream& output) {
+void listPlayers(std::ostream& output, std::ostream& notices) {
   output << "embedded (built in)\n";
   try {
     for (const auto& player : MprisPlayer().players()) {
       output << withoutPrefix(player.name) << " (" << wordFor(player) << ")\n";
     }
   } catch (const std::runtime_error& error) {
-    output << "(" << error.what() << ")\n";
+    notices << "corvella: " << error.what() << "\n";
   }
 }
 

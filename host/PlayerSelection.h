@@ -17,7 +17,8 @@ namespace Corvella {
 std::unique_ptr<MusicPlayer> selectPlayer(const std::string& choice, const Clock& clock,
                                           const NSBundle& bundle, std::ostream& notices);
 
-/// Writes the names that `--player` takes, a line each, with the state of those on the bus.
-void listPlayers(std::ostream& output);
+/// Writes the names that `--player` takes, a line each, with the state of those on the bus; says on
+/// `notices` when there is no bus.
+void listPlayers(std::ostream& output, std::ostream& notices);
 
 }  // namespace Corvella

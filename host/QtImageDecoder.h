@@ -13,7 +13,7 @@ namespace Corvella {
 class QtImageDecoder final : public NSImageDecoder {
  public:
   static constexpr int kLargestBitmap = 512;
-  static constexpr long long kMostPixels = 64'000'000;
+  static constexpr long long kMostPixels = 30'000'000;
 
   std::optional<NSDecodedImage> decode(std::span<const std::byte> bytes) const override;
 };

@@ -16,9 +16,15 @@ bool isControl(char c) {
   return byte < 0x20 || byte == 0x7f;
 }
 
-/// Control characters would break the line, or worse, the terminal.
-std::string onOneLine(std::string text) {
-  std::replace_if(text.begin(), text.end(), isControl, ' ');
+/// Blanks in the place of control characters, which would break the line, or worse, the terminal;
+/// those of the second set come as two bytes, 0xC2 and 0x80 to 0x9F.
+std::string withoutControls(std::string text, bool keepsLineFeeds) {
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const bool second =
+        i > 0 && text[i - 1] == '\xc2' && static_cast<unsigned char>(text[i]) < 0xa0;
+    if (second) text[i - 1] = ' ';
+    if (second || (isControl(text[i]) && !(keepsLineFeeds && text[i] == '\n'))) text[i] = ' ';
+  }
   return text;
 }
 
@@ -38,7 +44,7 @@ std::string sizeText(double width, double height) {
 }
 
 std::string line(std::string_view name, std::string value) {
-  return std::string(name) + ": " + onOneLine(std::move(value)) + "\n";
+  return std::string(name) + ": " + withoutControls(std::move(value), false) + "\n";
 }
 
 struct ContentText {
@@ -102,9 +108,7 @@ std::string displayText(const WidgetDisplay& display) {
 std::string lyricsText(const WidgetDisplay& display) {
   const auto* content = display.content<TextContent>("lyricsView");
   if (content == nullptr || content->text.empty()) return {};
-  std::string text = content->text;
-  std::replace_if(
-      text.begin(), text.end(), [](char c) { return c != '\n' && isControl(c); }, ' ');
+  auto text = withoutControls(content->text, true);
   if (text.back() != '\n') text += '\n';
   return text;
 }

@@ -69,7 +69,7 @@ void perform(const CommandLine& commandLine) {
     case CommandLine::Action::Print:
       return print(commandLine);
     case CommandLine::Action::ListPlayers:
-      return listPlayers(std::cout);
+      return listPlayers(std::cout, std::cerr);
     case CommandLine::Action::Help:
       std::cout << usageText();
       return;

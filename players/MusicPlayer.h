@@ -34,8 +34,8 @@ class MusicPlayer {
 
   virtual bool running() = 0;
   virtual PlayerAnswer<PlayerState> playerState() = 0;
-  /// Not negative.
-  virtual PlayerAnswer<std::chrono::microseconds> playerPosition() = 0;
+  /// Not negative; absent when the player keeps none.
+  virtual PlayerAnswer<std::optional<std::chrono::microseconds>> playerPosition() = 0;
 
   /// 0..100
   virtual PlayerAnswer<int> soundVolume() = 0;

@@ -77,6 +77,10 @@ Descriptor stateDescriptor(PlayerState state) {
   return Descriptor::descriptorWithString("stopped");
 }
 
+Descriptor secondsDescriptor(std::optional<std::chrono::microseconds> seconds) {
+  return seconds ? Descriptor::descriptorWithReal(*seconds) : Descriptor::nullDescriptor();
+}
+
 Descriptor songInfoDescriptor(Track track) {
   std::vector<Descriptor> items;
   items.reserve(6);
@@ -85,8 +89,7 @@ Descriptor songInfoDescriptor(Track track) {
   items.push_back(Descriptor::descriptorWithString(std::move(track.album)));
   items.push_back(Descriptor::descriptorWithString(std::move(track.lyrics)));
   items.push_back(Descriptor::descriptorWithInt32(track.rating));
-  items.push_back(track.finish ? Descriptor::descriptorWithReal(*track.finish)
-                               : Descriptor::nullDescriptor());
+  items.push_back(secondsDescriptor(track.finish));
   return Descriptor::listDescriptor(std::move(items));
 }
 
@@ -171,7 +174,7 @@ NSAppleScriptExecution PlayerScriptRunner::answer(const ScriptCommand& command) 
     case ScriptVerb::GetLyrics:
       return answered(player_.lyricsOfCurrentTrack(), Descriptor::descriptorWithString);
     case ScriptVerb::GetPlayerPosition:
-      return answered(player_.playerPosition(), Descriptor::descriptorWithReal);
+      return answered(player_.playerPosition(), secondsDescriptor);
     case ScriptVerb::GetRating:  // No track is named, and the player itself has no rating.
       return failed(player_.running() ? PlayerFailure::NoSuchObject : PlayerFailure::NotRunning);
     case ScriptVerb::GetSoundVolume:

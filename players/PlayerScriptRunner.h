@@ -14,11 +14,12 @@ namespace Corvella {
 
 /// A small interpreter: parses the scripts of this system, asks a `MusicPlayer` and answers with
 /// descriptors, or with error information that carries the platform's numbers:
-///
-///   -2741  syntax error                     -1712  the player did not answer in time
-///    -600  no player runs                   -1728  no current track, no artwork, nothing of that
-///    name
-///   -1708  the command is not understood    -1743  the entitlements do not grant it
+/// - -600: no player runs
+/// - -1708: the command is not understood
+/// - -1712: the player did not answer in time
+/// - -1728: no current track, no artwork, nothing of that name
+/// - -1743: the entitlements do not grant it
+/// - -2741: syntax error
 ///
 /// Keeps no state between scripts. Any thread; scripts run on their callers' threads and overlap.
 class PlayerScriptRunner final : public ScriptRunner {

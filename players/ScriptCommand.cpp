@@ -124,8 +124,8 @@ std::variant<ScriptCommand, ScriptTextError> parseCommand(std::string applicatio
     }
   }
   if (!problem.empty()) return ScriptTextError{syntax, problem, std::move(application)};
-  return ScriptTextError{ScriptTextError::Kind::UnknownCommand,
-                         application + " doesn't understand the command.", std::move(application)};
+  return ScriptTextError{ScriptTextError::Kind::UnknownCommand, "The command is not understood.",
+                         std::move(application)};
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cassert>
+#include <optional>
 #include <utility>
 
 namespace Corvella {
@@ -42,10 +43,10 @@ PlayerAnswer<PlayerState> EmbeddedPlayer::playerState() {
   return state_;
 }
 
-PlayerAnswer<std::chrono::microseconds> EmbeddedPlayer::playerPosition() {
+PlayerAnswer<std::optional<std::chrono::microseconds>> EmbeddedPlayer::playerPosition() {
   const std::scoped_lock lock(mutex_);
   trackNow();
-  return std::chrono::floor<std::chrono::microseconds>(position_);
+  return std::optional(std::chrono::floor<std::chrono::microseconds>(position_));
 }
 
 PlayerAnswer<int> EmbeddedPlayer::soundVolume() {

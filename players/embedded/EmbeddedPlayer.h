@@ -31,7 +31,7 @@ class EmbeddedPlayer final : public MusicPlayer {
 
   bool running() override { return true; }
   PlayerAnswer<PlayerState> playerState() override;
-  PlayerAnswer<std::chrono::microseconds> playerPosition() override;
+  PlayerAnswer<std::optional<std::chrono::microseconds>> playerPosition() override;
 
   PlayerAnswer<int> soundVolume() override;
   PlayerAnswer<Done> setSoundVolume(int volume) override;

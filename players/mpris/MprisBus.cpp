@@ -1,5 +1,6 @@
 #include "players/mpris/MprisBus.h"
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <functional>
@@ -30,10 +31,13 @@ constexpr auto kBusPath = "/org/freedesktop/DBus";
 constexpr std::string_view kNamePrefix = "org.mpris.MediaPlayer2.";
 // A proxy of the other players under a name of its own.
 constexpr std::string_view kProxyName = "org.mpris.MediaPlayer2.playerctld";
+// For what a player is asked when it appears: short enough that a first script, which waits for the
+// first list, still has its own deadline before it.
+constexpr std::chrono::milliseconds kGreetingDeadline{300};
 constexpr auto kNoDeadline = std::numeric_limits<std::uint64_t>::max();
 
-std::uint64_t deadlineInMicroseconds() {
-  return static_cast<std::uint64_t>(std::chrono::microseconds(MprisBus::kDeadline).count());
+std::uint64_t microseconds(std::chrono::milliseconds time) {
+  return static_cast<std::uint64_t>(std::chrono::microseconds(time).count());
 }
 
 bool isPlayerName(std::string_view name) {
@@ -123,19 +127,20 @@ PropertyMap readProperties(sdbus::Message& message, int depth) {
   return PropertyMap(std::move(properties));
 }
 
-PlayerFailure failureOf(const sdbus::Error& error) {
+/// What an error that came instead of a reply says about the player. `late` tells whether the
+/// deadline has passed: a player may send any name itself.
+PlayerFailure failureOf(const sdbus::Error& error, bool late) {
   const std::string_view name = error.getName();
-  if (name == "org.freedesktop.DBus.Error.Timeout") return PlayerFailure::TimedOut;
-  constexpr std::array<std::string_view, 5> gone{
-      "org.freedesktop.DBus.Error.NoReply", "org.freedesktop.DBus.Error.ServiceUnknown",
-      "org.freedesktop.DBus.Error.NameHasNoOwner", "org.freedesktop.DBus.Error.Disconnected",
-      "org.freedesktop.DBus.Error.NoServer"};
-  for (const auto candidate : gone) {
-    if (name == candidate) return PlayerFailure::NotRunning;
-  }
-  // What the library itself reports about a broken connection.
-  return name.starts_with("System.Error.E") ? PlayerFailure::NotRunning
-                                            : PlayerFailure::NotUnderstood;
+  if (late) return PlayerFailure::TimedOut;
+  // The first three come from the bus, the others from a connection to it that broke.
+  constexpr std::array<std::string_view, 6> gone{"org.freedesktop.DBus.Error.NoReply",
+                                                 "org.freedesktop.DBus.Error.ServiceUnknown",
+                                                 "org.freedesktop.DBus.Error.NameHasNoOwner",
+                                                 "org.freedesktop.DBus.Error.Disconnected",
+                                                 "System.Error.ENOTCONN",
+                                                 "System.Error.EPIPE"};
+  const bool isGone = std::find(gone.begin(), gone.end(), name) != gone.end();
+  return isGone ? PlayerFailure::NotRunning : PlayerFailure::NotUnderstood;
 }
 
 /// Wakes a thread out of poll().
@@ -168,15 +173,17 @@ class MprisBus::Connections {
   template <typename Compose, typename Read>
   auto call(const std::string& owner, const char* interface, const char* method, Compose compose,
             Read read) -> PlayerAnswer<decltype(read(std::declval<sdbus::Message&>()))> {
+    Connection connection;
     try {
-      auto connection = take();
-      // A connection whose call failed is dropped: a late reply would stay in its queue for ever.
-      auto answer = callOn(*connection, owner, interface, method, compose, read);
-      giveBack(std::move(connection));
-      return answer;
-    } catch (const sdbus::Error& error) {
-      return failureOf(error);
+      connection = take();
+    } catch (const sdbus::Error&) {
+      return PlayerFailure::NotRunning;
     }
+    auto answer = callOn(*connection, owner, interface, method, compose, read);
+    // Otherwise a late reply would stay in the connection's queue, or the connection is broken.
+    const bool usable = answer || answer.failure() == PlayerFailure::NotUnderstood;
+    if (usable) giveBack(std::move(connection));
+    return answer;
   }
 
  private:
@@ -186,10 +193,20 @@ class MprisBus::Connections {
   static auto callOn(sdbus::IConnection& connection, const std::string& owner,
                      const char* interface, const char* method, Compose compose, Read read)
       -> PlayerAnswer<decltype(read(std::declval<sdbus::Message&>()))> {
-    const auto proxy = sdbus::createProxy(connection, owner, kPlayerPath);
-    auto message = proxy->createMethodCall(interface, method);
-    compose(message);
-    auto reply = proxy->callMethod(message, deadlineInMicroseconds());
+    const auto start = std::chrono::steady_clock::now();
+    try {
+      const auto proxy = sdbus::createProxy(connection, owner, kPlayerPath);
+      auto message = proxy->createMethodCall(interface, method);
+      compose(message);
+      auto reply = proxy->callMethod(message, microseconds(kDeadline));
+      return readReply(reply, read);
+    } catch (const sdbus::Error& error) {
+      return failureOf(error, std::chrono::steady_clock::now() - start >= kDeadline);
+    }
+  }
+
+  template <typename Read>
+  static auto readReply(sdbus::Message& reply, Read read) -> PlayerAnswer<decltype(read(reply))> {
     try {
       return read(reply);
     } catch (const sdbus::Error&) {
@@ -272,7 +289,11 @@ class MprisBus::Watch {
   }
 
   void turn() {
-    while (connection_->processPendingRequest()) finishedCalls_.clear();
+    // A flood of signals must keep neither probes nor the end waiting.
+    constexpr int mostMessages = 100;
+    for (int i = 0; i < mostMessages && connection_->processPendingRequest(); ++i) {
+      finishedCalls_.clear();
+    }
     finishedCalls_.clear();
     const auto data = connection_->getEventLoopPollData();
     std::array<pollfd, 2> descriptors{
@@ -284,55 +305,49 @@ class MprisBus::Watch {
   }
 
   void listPlayers() {
-    ++outstanding_;
-    callAsync(kBusName, kBusPath, kBusName, "ListNames", {}, deadlineInMicroseconds(),
+    callAsync(kBusName, kBusPath, kBusName, "ListNames", {}, microseconds(kDeadline),
               [this](sdbus::Message& reply, const sdbus::Error* error) {
                 std::vector<std::string> names;
                 if (error == nullptr) reply >> names;
                 for (const auto& name : names) {
                   if (isPlayerName(name)) findOwner(name);
                 }
-                settleOne();
               });
   }
 
   void findOwner(const std::string& name) {
-    ++outstanding_;
-    callAsync(kBusName, kBusPath, kBusName, "GetNameOwner", {name}, deadlineInMicroseconds(),
+    callAsync(kBusName, kBusPath, kBusName, "GetNameOwner", {name}, microseconds(kDeadline),
               [this, name](sdbus::Message& reply, const sdbus::Error* error) {
-                if (error == nullptr) {
-                  std::string owner;
-                  reply >> owner;
-                  observer_.playerAppeared(name, owner);
-                  ++outstanding_;
-                  askStatus(owner, deadlineInMicroseconds(), [this] { settleOne(); });
-                }
-                settleOne();
+                if (error != nullptr) return;
+                std::string owner;
+                reply >> owner;
+                greet(name, owner);
               });
   }
 
-  /// One of the calls that make up the first list has ended.
-  void settleOne() {
-    if (--outstanding_ == 0) observer_.playersListed();
+  void greet(const std::string& name, const std::string& owner) {
+    observer_.playerAppeared(name, owner);
+    askStatus(owner, microseconds(kGreetingDeadline));
   }
 
-  void askStatus(const std::string& owner, std::uint64_t deadline, std::function<void()> then) {
-    callAsync(
-        owner, kPlayerPath, kPropertiesInterface, "Get", {kPlayerInterface, "PlaybackStatus"},
-        deadline,
-        [this, owner, then = std::move(then)](sdbus::Message& reply, const sdbus::Error* error) {
-          statusReplied(owner, reply, error);
-          if (then) then();
-        });
+  /// Without a deadline this is the probe of a silent player.
+  void askStatus(const std::string& owner, std::uint64_t deadline) {
+    const auto start = std::chrono::steady_clock::now();
+    callAsync(owner, kPlayerPath, kPropertiesInterface, "Get", {kPlayerInterface, "PlaybackStatus"},
+              deadline, [this, owner, start](sdbus::Message& reply, const sdbus::Error* error) {
+                const auto time = std::chrono::steady_clock::now() - start;
+                statusReplied(owner, reply, error, time >= kGreetingDeadline);
+              });
   }
 
-  void statusReplied(const std::string& owner, sdbus::Message& reply, const sdbus::Error* error) {
+  void statusReplied(const std::string& owner, sdbus::Message& reply, const sdbus::Error* error,
+                     bool late) {
     if (error == nullptr) {
       const auto status = readVariant(reply, 0);
       observer_.playerAnswered(owner, &status);
-    } else if (failureOf(*error) == PlayerFailure::TimedOut) {
+    } else if (late) {
       observer_.playerFellSilent(owner);
-      askStatus(owner, kNoDeadline, nullptr);
+      askStatus(owner, kNoDeadline);
     } else {
       observer_.playerAnswered(owner, nullptr);
     }
@@ -344,7 +359,7 @@ class MprisBus::Watch {
       const std::lock_guard lock(mutex_);
       owners.swap(toProbe_);
     }
-    for (const auto& owner : owners) askStatus(owner, kNoDeadline, nullptr);
+    for (const auto& owner : owners) askStatus(owner, kNoDeadline);
   }
 
   void nameOwnerChanged(sdbus::Message& message) {
@@ -355,14 +370,26 @@ class MprisBus::Watch {
     if (!isPlayerName(name)) return;
     if (!before.empty()) observer_.playerVanished(name);
     if (owner.empty()) return;
-    observer_.playerAppeared(name, owner);
-    askStatus(owner, deadlineInMicroseconds(), nullptr);
+    greet(name, owner);
   }
 
   void propertiesChanged(sdbus::Message& message) {
     std::string interface;
     message >> interface;
-    observer_.propertiesChanged(message.getSender(), readProperties(message, 0));
+    const auto owner = message.getSender();
+    observer_.propertiesChanged(owner, readProperties(message, 0));
+    std::vector<std::string> invalidated;
+    message >> invalidated;
+    const bool statusUnknown =
+        std::find(invalidated.begin(), invalidated.end(), "PlaybackStatus") != invalidated.end();
+    if (statusUnknown && observer_.knows(owner)) askStatus(owner, microseconds(kGreetingDeadline));
+  }
+
+  /// One of the calls that make up the first list has ended.
+  void settleOne() {
+    if (--outstanding_ > 0) return;
+    listed_ = true;
+    observer_.playersListed();
   }
 
   /// Sends a call with texts as arguments; `handler` gets the reply later, on this thread.
@@ -370,15 +397,18 @@ class MprisBus::Watch {
                  const std::string& interface, const std::string& method,
                  const std::vector<std::string>& arguments, std::uint64_t deadline,
                  ReplyHandler handler) {
+    const bool counts = !listed_ && deadline != kNoDeadline;
+    if (counts) ++outstanding_;
     const auto call =
         calls_.insert(calls_.end(), sdbus::createProxy(*connection_, destination, path));
     auto message = (*call)->createMethodCall(interface, method);
     for (const auto& argument : arguments) message << argument;
     (*call)->callMethod(
         message,
-        [this, call, handler = std::move(handler)](sdbus::MethodReply& reply,
-                                                   const sdbus::Error* error) {
+        [this, call, counts, handler = std::move(handler)](sdbus::MethodReply& reply,
+                                                           const sdbus::Error* error) {
           guarded([&] { handler(reply, error); });
+          if (counts) settleOne();
           // The proxy is still in use here; the loop lets it go.
           finishedCalls_.splice(finishedCalls_.end(), calls_, call);
         },
@@ -398,7 +428,8 @@ class MprisBus::Watch {
   std::unique_ptr<sdbus::IConnection> connection_;
   Proxies calls_;
   Proxies finishedCalls_;
-  int outstanding_ = 0;
+  bool listed_ = false;
+  int outstanding_ = 0;  // Calls that make up the first list of players.
 
   WakeUp wakeUp_;
   std::atomic<bool> stopping_{false};

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <optional>
 #include <string>
 
 #include "players/mpris/PropertyValue.h"
@@ -24,6 +23,9 @@ class MprisObserver {
   /// The playback status that a player answered when it appeared or was probed; absent when it
   /// answered with an error.
   virtual void playerAnswered(const std::string& owner, const PropertyValue* status) = 0;
+
+  /// Whether the owner is a player that appeared and has not vanished.
+  virtual bool knows(const std::string& owner) const = 0;
 
   /// A player did not answer in time; it is being probed.
   virtual void playerFellSilent(const std::string& owner) = 0;

@@ -46,31 +46,23 @@ PlayerAnswer<PlayerState> MprisPlayer::playerState() {
   if (!player) return player.failure();
   const auto properties = getAll(*player);
   if (!properties) return properties.failure();
-
-  const auto state = stateOf(properties->find("PlaybackStatus"));
-  roster_.learn(player->owner, state);
-  const auto metadata = readTrackMetadata(properties->find("Metadata"));
-  return describesATrack(metadata) ? state : PlayerState::Stopped;
+  return learnedState(*player, *properties);
 }
 
-PlayerAnswer<std::chrono::microseconds> MprisPlayer::playerPosition() {
+PlayerAnswer<std::optional<std::chrono::microseconds>> MprisPlayer::playerPosition() {
   const auto player = reachablePlayer();
   if (!player) return player.failure();
   const auto value = get(*player, "Position");
   if (!value) return value.failure();
-  const auto position = positionOf(&*value);
-  if (!position) return PlayerFailure::NoSuchObject;
-  return *position;
+  return positionOf(&*value);
 }
 
 PlayerAnswer<int> MprisPlayer::soundVolume() {
   const auto player = reachablePlayer();
   if (!player) return player.failure();
   const auto value = get(*player, "Volume");
-  if (value) return volumeOf(&*value);
-  // Some players have no volume of their own: they play at full scale.
-  if (value.failure() == PlayerFailure::NotUnderstood) return volumeOf(nullptr);
-  return value.failure();
+  if (!value) return value.failure();
+  return volumeOf(&*value);
 }
 
 PlayerAnswer<Done> MprisPlayer::setSoundVolume(int volume) {
@@ -117,9 +109,12 @@ PlayerAnswer<std::vector<std::byte>> MprisPlayer::artworkOfCurrentTrack() {
 PlayerAnswer<Done> MprisPlayer::setRatingOfCurrentTrack(int rating) {
   const auto player = reachablePlayer();
   if (!player) return player.failure();
-  const auto abilities = abilitiesOf(*player);
-  if (!abilities) return abilities.failure();
-  if (!abilities->listsRating) return PlayerFailure::NotUnderstood;
+  const auto properties = getAll(*player);
+  if (!properties) return properties.failure();
+  if (readTrackMetadata(properties->find("Metadata")).title.empty()) {
+    return PlayerFailure::NoSuchObject;
+  }
+  if (!properties->contains("Rating")) return PlayerFailure::NotUnderstood;
   return ask(*player, [&] { return bus_.set(player->owner, "Rating", rating / 100.0); });
 }
 
@@ -157,14 +152,39 @@ auto MprisPlayer::ask(const Player& player, Question question) -> decltype(quest
   return answer;
 }
 
+/// A property that cannot be read is an empty value, whatever the player said about it.
 PlayerAnswer<PropertyValue> MprisPlayer::get(const Player& player, const char* property) {
-  return ask(player, [&] { return bus_.get(player.owner, property); });
+  auto value = ask(player, [&] { return bus_.get(player.owner, property); });
+  if (!value && value.failure() == PlayerFailure::NotUnderstood) return PropertyValue();
+  return value;
 }
 
+/// All properties; of a player that does not list them, those that a track and a state need.
 PlayerAnswer<PropertyMap> MprisPlayer::getAll(const Player& player) {
   auto properties = ask(player, [&] { return bus_.getAll(player.owner); });
+  if (!properties && properties.failure() == PlayerFailure::NotUnderstood) {
+    properties = getOneByOne(player);
+  }
   if (properties) roster_.learn(player.owner, abilitiesIn(*properties));
   return properties;
+}
+
+PlayerAnswer<PropertyMap> MprisPlayer::getOneByOne(const Player& player) {
+  std::vector<Property> properties;
+  for (const auto* name : {"PlaybackStatus", "Metadata"}) {
+    auto value = get(player, name);
+    if (!value) return value.failure();
+    properties.push_back({name, *std::move(value)});
+  }
+  return PropertyMap(std::move(properties));
+}
+
+/// A player that plays nothing is stopped, whatever it says.
+PlayerState MprisPlayer::learnedState(const Player& player, const PropertyMap& properties) {
+  const bool track = describesATrack(readTrackMetadata(properties.find("Metadata")));
+  const auto state = track ? stateOf(properties.find("PlaybackStatus")) : PlayerState::Stopped;
+  roster_.learn(player.owner, state);
+  return state;
 }
 
 PlayerAnswer<PlayerAbilities> MprisPlayer::abilitiesOf(const Player& player) {
@@ -196,6 +216,7 @@ PlayerAnswer<MprisPlayer::Described> MprisPlayer::describedTrack(const Player& p
   }
   const auto properties = getAll(player);
   if (!properties) return properties.failure();
+  learnedState(player, *properties);
   return Described{readTrackMetadata(properties->find("Metadata")),
                    numberOf(properties->find("Rating"))};
 }

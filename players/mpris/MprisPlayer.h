@@ -1,5 +1,8 @@
 #pragma once
 
+#include <chrono>
+#include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -26,7 +29,7 @@ class MprisPlayer final : public MusicPlayer {
 
   bool running() override;
   PlayerAnswer<PlayerState> playerState() override;
-  PlayerAnswer<std::chrono::microseconds> playerPosition() override;
+  PlayerAnswer<std::optional<std::chrono::microseconds>> playerPosition() override;
   PlayerAnswer<int> soundVolume() override;
   PlayerAnswer<Done> setSoundVolume(int volume) override;
   PlayerAnswer<Track> currentTrack() override;
@@ -43,6 +46,8 @@ class MprisPlayer final : public MusicPlayer {
   auto ask(const PlayerRoster::Player& player, Question question) -> decltype(question());
   PlayerAnswer<PropertyValue> get(const PlayerRoster::Player& player, const char* property);
   PlayerAnswer<PropertyMap> getAll(const PlayerRoster::Player& player);
+  PlayerAnswer<PropertyMap> getOneByOne(const PlayerRoster::Player& player);
+  PlayerState learnedState(const PlayerRoster::Player& player, const PropertyMap& properties);
   PlayerAnswer<PlayerAbilities> abilitiesOf(const PlayerRoster::Player& player);
   PlayerAnswer<Done> call(const PlayerRoster::Player& player, const char* method);
   PlayerAnswer<Done> play(const PlayerRoster::Player& player);

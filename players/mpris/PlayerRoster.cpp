@@ -7,23 +7,6 @@
 
 namespace Corvella {
 
-namespace {
-
-/// Higher is better for the choice of the current player.
-int rank(PlayerState state) {
-  switch (state) {
-    case PlayerState::Playing:
-      return 2;
-    case PlayerState::Paused:
-      return 1;
-    case PlayerState::Stopped:
-      break;
-  }
-  return 0;
-}
-
-}  // namespace
-
 PlayerRoster::PlayerRoster(std::string pinnedName) : pinnedName_(std::move(pinnedName)) {}
 
 void PlayerRoster::awaitList(std::chrono::milliseconds deadline) const {
@@ -118,6 +101,25 @@ void PlayerRoster::busLost() {
   listedCondition_.notify_all();
 }
 
+/// Higher is better for the choice of the current player.
+int PlayerRoster::rank(const Entry& entry) {
+  if (entry.silent) return 0;
+  switch (entry.state) {
+    case PlayerState::Playing:
+      return 3;
+    case PlayerState::Paused:
+      return 2;
+    case PlayerState::Stopped:
+      break;
+  }
+  return 1;
+}
+
+bool PlayerRoster::knows(const std::string& owner) const {
+  const std::lock_guard lock(mutex_);
+  return entries_.contains(owner);
+}
+
 bool PlayerRoster::counts(std::string_view name) const {
   if (pinnedName_.empty() || name == pinnedName_) return true;
   constexpr std::string_view prefix = "org.mpris.MediaPlayer2.";
@@ -134,11 +136,13 @@ void PlayerRoster::setState(Entry& entry, PlayerState state) {
 
 PlayerRoster::Entries::iterator PlayerRoster::choose() {
   const auto current = entries_.find(currentOwner_);
-  if (current != entries_.end() && current->second.state == PlayerState::Playing) return current;
+  const bool keeps = current != entries_.end() && !current->second.silent &&
+                     current->second.state == PlayerState::Playing;
+  if (keeps) return current;
   return std::max_element(entries_.begin(), entries_.end(),
                           [](const auto& left, const auto& right) {
-                            return std::pair(rank(left.second.state), left.second.lastChange) <
-                                   std::pair(rank(right.second.state), right.second.lastChange);
+                            return std::pair(rank(left.second), left.second.lastChange) <
+                                   std::pair(rank(right.second), right.second.lastChange);
                           });
 }
 

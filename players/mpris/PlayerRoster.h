@@ -24,7 +24,8 @@ struct PlayerAbilities {
 };
 
 /// The players on the bus, and which of them is the current one: the current one as long as it
-/// plays; else one that plays; else the one that changed last, stopped ones after all others.
+/// plays; else one that plays; else the one that changed last, stopped ones after all others. One
+/// that does not answer comes last of all.
 ///
 /// Kept up to date by the bus's watching thread, read by any thread.
 class PlayerRoster final : public MprisObserver {
@@ -62,6 +63,7 @@ class PlayerRoster final : public MprisObserver {
   void playerVanished(const std::string& name) override;
   void propertiesChanged(const std::string& owner, const PropertyMap& changed) override;
   void playerAnswered(const std::string& owner, const PropertyValue* status) override;
+  bool knows(const std::string& owner) const override;
   void playerFellSilent(const std::string& owner) override;
   void playersListed() override;
   void busLost() override;
@@ -76,6 +78,7 @@ class PlayerRoster final : public MprisObserver {
   };
   using Entries = std::map<std::string, Entry>;
 
+  static int rank(const Entry& entry);
   bool counts(std::string_view name) const;
   void setState(Entry& entry, PlayerState state);
   Entries::iterator choose();

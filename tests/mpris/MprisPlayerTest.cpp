@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <filesystem>
@@ -13,6 +14,7 @@
 #include "tests/support/BusClient.h"
 #include "tests/support/Eventually.h"
 #include "tests/support/FakeMprisPlayer.h"
+#include "tests/support/MediaFile.h"
 #include "tests/support/PrivateBus.h"
 #include "tests/support/RowName.h"
 #include "tests/support/ScriptedStack.h"
@@ -55,6 +57,11 @@ class AFakePlayerOnTheBus : public testing::Test {
   }
 
   const SongController& controller() const { return stack_->controller; }
+  /// How many players are known to play.
+  std::ptrdiff_t playing() const {
+    return std::ranges::count(player_->players(), PlayerState::Playing,
+                              &PlayerRoster::Player::state);
+  }
 
   PrivateBus bus_;
   ScopedSessionBus session_{bus_.address()};
@@ -175,6 +182,97 @@ INSTANTIATE_TEST_SUITE_P(
                     "playing", "Found"}),
     rowName);
 
+struct RefusalRow {
+  std::string name;
+  std::string call;
+  std::string script;
+  int error;
+};
+
+class ARefusedRead : public AFakePlayerOnTheBus, public testing::WithParamInterface<RefusalRow> {};
+
+TEST_P(ARefusedRead, IsAnAbsentValueWhateverItsErrorIsCalled) {
+  for (const auto* name : {"org.freedesktop.DBus.Error.UnknownProperty", "System.Error.ENXIO",
+                           "org.freedesktop.DBus.Error.Timeout", "com.example.Odd"}) {
+    fake_.failWith(GetParam().call, name);
+    EXPECT_EQ(stack_->errorNumber(GetParam().script), GetParam().error) << name;
+  }
+  EXPECT_TRUE(controller().running());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    OfEachKind, ARefusedRead,
+    testing::Values(RefusalRow{"Volume", "Get Volume", "get sound volume", 0},
+                    RefusalRow{"Position", "Get Position", "player position", 0},
+                    RefusalRow{"Status", "Get PlaybackStatus", "play", 0},
+                    RefusalRow{"List", "GetAll", "get player state as string", 0},
+                    RefusalRow{"Metadata", "Get Metadata", "get lyrics of current track",
+                               kNoSuchObject},
+                    RefusalRow{"MetadataForArtwork", "Get Metadata",
+                               "tell artwork 1 of the current track to raw data", kNoSuchObject}),
+    rowName);
+
+TEST_F(AFakePlayerOnTheBus, ThatListsNothingIsReadPropertyByProperty) {
+  fake_.failWith("GetAll", "org.freedesktop.DBus.Error.NotSupported");
+  EXPECT_EQ(controller().playerState(), "playing");
+  EXPECT_EQ(controller().songInfo().title, "Title");
+  EXPECT_EQ(stack_->errorNumber("set rating of current track to 80"), kNotUnderstood);
+}
+
+TEST_F(AFakePlayerOnTheBus, WithoutATrackTakesNoRating) {
+  fake_.set("Rating", Value::number(0.5));
+  fake_.set("Metadata", Value::dictionary({}));
+  EXPECT_EQ(stack_->errorNumber("set rating of current track to 80"), kNoSuchObject);
+  EXPECT_TRUE(fake_.writes().empty());
+}
+
+TEST_F(AFakePlayerOnTheBus, TellsItsLengthInAnyNumber) {
+  const std::vector<std::pair<Value, std::string>> rows{{Value::byte(200), "0.0002"},
+                                                        {Value::int16(3000), "0.003"},
+                                                        {Value::int32(2'000'000), "2.0"},
+                                                        {Value::uint32(4'000'000'000), "4000.0"},
+                                                        {Value::int64(5'000'000'000), "5000.0"},
+                                                        {Value::uint64(7'000'001), "7.000001"},
+                                                        {Value::number(1.5e6), "1.5"}};
+  for (const auto& [length, finish] : rows) {
+    fake_.set("Metadata",
+              Value::dictionary({{"xesam:title", Value::text("T")}, {"mpris:length", length}}));
+    EXPECT_EQ(controller().songInfo().finish, finish);
+  }
+}
+
+TEST_F(AFakePlayerOnTheBus, IsRatedByItsRatingThenTheUsersThenTheFile) {
+  const TemporaryFolder folder;
+  const auto file = folder.path() / "rated.flac";
+  makeAudio(file, audioFormats().at(1));
+  writeTags(file, {.lyrics = "", .rating = "0.2", .cover = ""});
+  const auto rated = [&](std::vector<std::pair<std::string, Value>> entries) {
+    entries.emplace_back("xesam:title", Value::text("T"));
+    entries.emplace_back("xesam:url", Value::text("file://" + file.string()));
+    fake_.set("Metadata", Value::dictionary(entries));
+    return controller().songInfo().ratings;
+  };
+  EXPECT_EQ(rated({}), 20);
+  EXPECT_EQ(rated({{"xesam:userRating", Value::number(0.4)}}), 40);
+  fake_.set("Rating", Value::number(0.6));
+  fake_.announce({"Rating"});
+  EXPECT_TRUE(eventually([&] { return rated({{"xesam:userRating", Value::number(0.4)}}) == 60; }));
+}
+
+TEST_F(AFakePlayerOnTheBus, ShowsTheArtworkAndTheLyricsThatItTells) {
+  fake_.set("Metadata",
+            Value::dictionary(
+                {{"xesam:title", Value::text("T")},
+                 {"xesam:asText", Value::text("tra la")},
+                 {"mpris:artUrl", Value::text("data:image/gif;base64,R0lGODlhAQABAAAAADs=")}}));
+  const auto artwork =
+      stack_->runner.run("tell app \"iTunes\" to tell artwork 1 of the current track to raw data");
+  ASSERT_TRUE(artwork.result.has_value());
+  EXPECT_EQ(artwork.result->data().size(), 14U);
+  EXPECT_EQ(controller().songLyrics(), "tra la");
+  EXPECT_EQ(controller().songInfo().lyrics, "tra la");
+}
+
 TEST_F(AFakePlayerOnTheBus, WithArtworkThatIsNoFileShowsThePlaceholder) {
   const TemporaryFolder folder;
   const auto pipe = folder.path() / "pipe.png";
@@ -208,6 +306,35 @@ TEST_F(AFakePlayerOnTheBus, ThatHangsIsWaitedForOnceAndFailsAtOnceFromThenOn) {
   fake_.resume();
   EXPECT_TRUE(eventually([&] { return controller().songInfo().title == "Title"; }));
   EXPECT_EQ(fake_.received("Next"), 0);
+}
+
+TEST_F(AFakePlayerOnTheBus, ThatHangsGivesWayToOneThatAnswers) {
+  controller().songInfo();
+  FakeMprisPlayer other(bus_.address(), "other");
+  other.set("Metadata", track("Other"));
+  other.set("PlaybackStatus", Value::text("Paused"));
+  other.announce({"PlaybackStatus"});
+  ASSERT_TRUE(eventually([&] { return player_->players().size() == 2; }));
+  fake_.hang();
+  EXPECT_EQ(stack_->errorNumber("player position"), kTimedOut);
+  EXPECT_EQ(controller().songInfo().title, "Other");
+}
+
+TEST(APlayerThatHangsFromTheStart, FailsAtOnceAndIsListedAsSilent) {
+  PrivateBus bus;
+  const ScopedSessionBus session(bus.address());
+  FakeMprisPlayer fake(bus.address(), "fake");
+  fake.set("Metadata", track("Title"));
+  fake.hang();
+  MprisPlayer player;
+  ScriptedStack stack(player);
+  const auto time = timeOf([&] { EXPECT_EQ(stack.errorNumber("player position"), kTimedOut); });
+  EXPECT_LT(time, MprisBus::kDeadline);
+  EXPECT_EQ(fake.received("Get Position"), 0);
+  ASSERT_EQ(player.players().size(), 1U);
+  EXPECT_TRUE(player.players().front().silent);
+  fake.resume();
+  EXPECT_TRUE(eventually([&] { return stack.controller.songInfo().title == "Title"; }));
 }
 
 TEST_F(AFakePlayerOnTheBus, ThatAnswersLateIsNotConfusedWithItsNextAnswer) {
@@ -247,10 +374,12 @@ TEST_F(AFakePlayerOnTheBus, ServesScriptsFromSeveralThreadsAtOnce) {
 }
 
 TEST_F(AFakePlayerOnTheBus, GivesWayToOneThatPlays) {
+  EXPECT_EQ(controller().songInfo().title, "Title");
   FakeMprisPlayer other(bus_.address(), "other");
   other.set("Metadata", track("Other"));
   other.set("PlaybackStatus", Value::text("Playing"));
   other.announce({"PlaybackStatus"});
+  ASSERT_TRUE(eventually([&] { return playing() == 2; }));
   EXPECT_EQ(controller().songInfo().title, "Title");
 
   fake_.set("PlaybackStatus", Value::text("Paused"));

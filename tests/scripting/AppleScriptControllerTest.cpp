@@ -150,6 +150,7 @@ TEST(AScriptService, ThatMakesNoScriptsYieldsAbsenceWithoutAFurtherQuery) {
   EXPECT_FALSE(controller.fetchSongInfo().has_value());
   controller.controlPlayback(PlaybackRequest::Play);
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+  EXPECT_EQ(runner.asked(), 4);
 }
 
 struct DiagnosticRow {

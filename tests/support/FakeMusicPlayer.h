@@ -22,7 +22,9 @@ class FakeMusicPlayer final : public MusicPlayer {
 
   bool running() override { return isRunning; }
   PlayerAnswer<PlayerState> playerState() override { return orFailure(state); }
-  PlayerAnswer<std::chrono::microseconds> playerPosition() override { return orFailure(position); }
+  PlayerAnswer<std::optional<std::chrono::microseconds>> playerPosition() override {
+    return orFailure(std::optional(position));
+  }
   PlayerAnswer<int> soundVolume() override { return orFailure(volume); }
   PlayerAnswer<Done> setSoundVolume(int newVolume) override {
     volume = newVolume;

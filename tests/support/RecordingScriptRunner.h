@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <functional>
 #include <map>
 #include <memory>
@@ -49,7 +50,11 @@ class RecordingScriptRunner final : public Corvella::ScriptRunner {
     return scripts_;
   }
 
+  /// How many scripts have been asked for, made or not.
+  int asked() const { return asked_; }
+
   std::unique_ptr<NSAppleScript> initWithSource(std::string source) override {
+    ++asked_;
     if (refuses_) return nullptr;
     return std::make_unique<Script>(*this, std::move(source));
   }
@@ -81,4 +86,5 @@ class RecordingScriptRunner final : public Corvella::ScriptRunner {
   std::map<std::string, NSAppleScriptExecution> answers_;
   std::function<void(const std::string&)> observer_;
   bool refuses_ = false;
+  std::atomic<int> asked_ = 0;
 };
