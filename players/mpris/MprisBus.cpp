@@ -9,15 +9,15 @@
 #include <mutex>
 #include <stdexcept>
 #include <string_view>
-#include <system_error>
 #include <thread>
 #include <utility>
 #include <vector>
 
 #include <poll.h>
 #include <sdbus-c++/sdbus-c++.h>
-#include <sys/eventfd.h>
-#include <unistd.h>
+
+#include "players/mpris/BusMessages.h"
+#include "players/mpris/WakeUp.h"
 
 namespace Corvella {
 
@@ -44,89 +44,6 @@ bool isPlayerName(std::string_view name) {
   return name.starts_with(kNamePrefix) && name != kProxyName;
 }
 
-template <typename Wire, typename Stored>
-Stored readAs(sdbus::Message& message) {
-  Wire value{};
-  message >> value;
-  return static_cast<Stored>(value);
-}
-
-PropertyMap readProperties(sdbus::Message& message, int depth);
-
-PropertyValue readBasic(sdbus::Message& message, char type) {
-  switch (type) {
-    case 'b':
-      return {readAs<bool, bool>(message)};
-    case 'y':
-      return {readAs<std::uint8_t, std::uint64_t>(message)};
-    case 'n':
-      return {readAs<std::int16_t, std::int64_t>(message)};
-    case 'q':
-      return {readAs<std::uint16_t, std::uint64_t>(message)};
-    case 'i':
-      return {readAs<std::int32_t, std::int64_t>(message)};
-    case 'u':
-      return {readAs<std::uint32_t, std::uint64_t>(message)};
-    case 'x':
-      return {readAs<std::int64_t, std::int64_t>(message)};
-    case 't':
-      return {readAs<std::uint64_t, std::uint64_t>(message)};
-    case 'd':
-      return {readAs<double, double>(message)};
-    case 's':
-      return {readAs<std::string, std::string>(message)};
-    case 'o':
-      return {readAs<sdbus::ObjectPath, std::string>(message)};
-    default:
-      throw std::logic_error("not a basic type");
-  }
-}
-
-bool isBasic(const std::string& signature) {
-  return signature.size() == 1 &&
-         std::string_view("bynqiuxtdso").find(signature[0]) != std::string_view::npos;
-}
-
-/// Reads a variant; what holds a type that no player property has is stepped over.
-PropertyValue readVariant(sdbus::Message& message, int depth) {
-  std::string type;
-  std::string contents;
-  message.peekType(type, contents);
-  const bool dictionary = contents == "a{sv}" && depth == 0;
-  if (!isBasic(contents) && contents != "as" && !dictionary) {
-    sdbus::Variant skipped;
-    message >> skipped;
-    return {};
-  }
-
-  PropertyValue value;
-  message.enterVariant(contents);
-  if (dictionary) {
-    value.content = readProperties(message, depth + 1);
-  } else if (contents == "as") {
-    value.content = readAs<std::vector<std::string>, std::vector<std::string>>(message);
-  } else {
-    value = readBasic(message, contents[0]);
-  }
-  message.exitVariant();
-  return value;
-}
-
-PropertyMap readProperties(sdbus::Message& message, int depth) {
-  std::vector<Property> properties;
-  message.enterContainer("{sv}");
-  while (message.enterDictEntry("sv")) {
-    Property property;
-    message >> property.name;
-    property.value = readVariant(message, depth);
-    message.exitDictEntry();
-    properties.push_back(std::move(property));
-  }
-  message.clearFlags();
-  message.exitContainer();
-  return PropertyMap(std::move(properties));
-}
-
 /// What an error that came instead of a reply says about the player. `late` tells whether the
 /// deadline has passed: a player may send any name itself.
 PlayerFailure failureOf(const sdbus::Error& error, bool late) {
@@ -142,27 +59,6 @@ PlayerFailure failureOf(const sdbus::Error& error, bool late) {
   const bool isGone = std::find(gone.begin(), gone.end(), name) != gone.end();
   return isGone ? PlayerFailure::NotRunning : PlayerFailure::NotUnderstood;
 }
-
-/// Wakes a thread out of poll().
-class WakeUp {
- public:
-  WakeUp() : descriptor_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
-    if (descriptor_ < 0) throw std::system_error(errno, std::generic_category(), "eventfd");
-  }
-  ~WakeUp() { close(descriptor_); }
-  WakeUp(const WakeUp&) = delete;
-  WakeUp& operator=(const WakeUp&) = delete;
-
-  int descriptor() const { return descriptor_; }
-  void signal() const { eventfd_write(descriptor_, 1); }
-  void clear() const {
-    eventfd_t count = 0;
-    eventfd_read(descriptor_, &count);
-  }
-
- private:
-  int descriptor_;
-};
 
 }  // namespace
 
@@ -343,7 +239,7 @@ class MprisBus::Watch {
   void statusReplied(const std::string& owner, sdbus::Message& reply, const sdbus::Error* error,
                      bool late) {
     if (error == nullptr) {
-      const auto status = readVariant(reply, 0);
+      const auto status = readVariant(reply);
       observer_.playerAnswered(owner, &status);
     } else if (late) {
       observer_.playerFellSilent(owner);
@@ -377,7 +273,7 @@ class MprisBus::Watch {
     std::string interface;
     message >> interface;
     const auto owner = message.getSender();
-    observer_.propertiesChanged(owner, readProperties(message, 0));
+    observer_.propertiesChanged(owner, readProperties(message));
     std::vector<std::string> invalidated;
     message >> invalidated;
     const bool statusUnknown =
@@ -450,14 +346,14 @@ PlayerAnswer<PropertyValue> MprisBus::get(const std::string& owner, const char* 
   return connections_->call(
       owner, kPropertiesInterface, "Get",
       [&](sdbus::Message& message) { message << kPlayerInterface << property; },
-      [](sdbus::Message& reply) { return readVariant(reply, 0); });
+      [](sdbus::Message& reply) { return readVariant(reply); });
 }
 
 PlayerAnswer<PropertyMap> MprisBus::getAll(const std::string& owner) {
   return connections_->call(
       owner, kPropertiesInterface, "GetAll",
       [](sdbus::Message& message) { message << kPlayerInterface; },
-      [](sdbus::Message& reply) { return readProperties(reply, 0); });
+      [](sdbus::Message& reply) { return readProperties(reply); });
 }
 
 PlayerAnswer<Done> MprisBus::set(const std::string& owner, const char* property, double value) {
