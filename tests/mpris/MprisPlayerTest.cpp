@@ -129,6 +129,13 @@ TEST_F(AFakePlayerOnTheBus, WithoutAVolumePlaysAtFullScaleAndTakesNone) {
   EXPECT_TRUE(fake_.writes().empty());
 }
 
+TEST_F(AFakePlayerOnTheBus, ThatIgnoresAWriteShowsTheVolumeThatItHas) {
+  fake_.set("Volume", Value::number(0.4));
+  fake_.reactTo("Set Volume", {});
+  EXPECT_EQ(stack_->errorNumber("set sound volume to 90"), 0);
+  EXPECT_EQ(controller().songInfo().volume, 40);
+}
+
 TEST_F(AFakePlayerOnTheBus, ThatRefusesACommandIsNotTakenForGone) {
   fake_.failWith("Next", "org.freedesktop.DBus.Error.Failed");
   fake_.failWith("Get Position", "com.example.Odd");
