@@ -52,7 +52,7 @@ void TodayViewController::showSong(const SongInfo& song,
   startTimerWhilePlaying();
 }
 
-void TodayViewController::showLyricsToggle(const std::string& lyrics) {
+void TodayViewController::showLyricsToggle(const std::string& lyrics) const {
   const auto button = toggleLyricsButton();
   if (!button) return;
   if (areMissing(lyrics)) {

@@ -52,7 +52,7 @@ void TodayViewController::showPlayButtonForState() {
   setPlayButtonTitle(playing ? pauseLabel : playLabel);
 }
 
-void TodayViewController::setPlayButtonTitle(const std::string& title) {
+void TodayViewController::setPlayButtonTitle(const std::string& title) const {
   if (const auto button = playButton()) button->setTitle(title);
 }
 

@@ -124,14 +124,14 @@ class TodayViewController final : public NSViewController, public NCWidgetProvid
   void resizeToHeight(double height);
   double unfoldedHeight(double baseHeight) const;
   void showSong(const SongInfo& song, const std::shared_ptr<const NSImage>& artwork);
-  void showLyricsToggle(const std::string& lyrics);
+  void showLyricsToggle(const std::string& lyrics) const;
   void showLyricsPanel(const std::string& lyrics);
   void showRating(std::int32_t ratings);
   void startTimerWhilePlaying();
   void showArrivedLyrics(const std::string& lyrics, NSButton& sender, double baseHeight);
   void changeTrack(PlaybackRequest request);
   void showPlayButtonForState();
-  void setPlayButtonTitle(const std::string& title);
+  void setPlayButtonTitle(const std::string& title) const;
   void stopTimerLater();
   void stopTimer();
   void report(NCUpdateResult result);
