@@ -36,12 +36,13 @@ std::shared_ptr<NSView> findView(const std::shared_ptr<NSView>& view,
 /// The extension itself: everything that lives on its thread.
 class ExtensionThread::Extension {
  public:
-  Extension(const HostServices& services, RunLoop& runLoop, WidgetHost& host)
+  Extension(const HostServices& services, ScriptRunner& scriptRunner, RunLoop& runLoop,
+            WidgetHost& host)
       : host_(host),
         loader_(services.bundle, {.classes = classes_,
                                   .textMeasurer = services.textMeasurer,
                                   .fontFinder = services.fontFinder}) {
-    registerClasses(services, runLoop);
+    registerClasses(services, scriptRunner, runLoop);
     controller_ = NSExtensionMain(services.bundle, classes_);
     controller_->setPreferredContentSizeObserver([this](NSSize size) {
       preferredContentSize_ = size;
@@ -72,27 +73,31 @@ class ExtensionThread::Extension {
     control->sendAction();
   }
 
+  void ping(std::uint64_t number) { pinged_ = number; }
+
  private:
-  void registerClasses(const HostServices& services, RunLoop& runLoop) {
+  void registerClasses(const HostServices& services, ScriptRunner& scriptRunner, RunLoop& runLoop) {
     registerWidgetClasses(classes_);
-    classes_.registerClass("Corvella.TodayViewController",
-                           NSClass::initialised<TodayViewController>([this, services, &runLoop] {
-                             return std::make_shared<TodayViewController>(
-                                 TodayViewServices{.interfaceLoader = loader_,
-                                                   .mainRunLoop = runLoop,
-                                                   .mainQueue = runLoop.mainQueue(),
-                                                   .globalQueue = globalQueue_,
-                                                   .scriptRunner = services.scriptRunner,
-                                                   .bundle = services.bundle,
-                                                   .imageDecoder = services.imageDecoder,
-                                                   .fontFinder = services.fontFinder});
-                           }));
+    classes_.registerClass(
+        "Corvella.TodayViewController",
+        NSClass::initialised<TodayViewController>([this, services, &scriptRunner, &runLoop] {
+          return std::make_shared<TodayViewController>(
+              TodayViewServices{.interfaceLoader = loader_,
+                                .mainRunLoop = runLoop,
+                                .mainQueue = runLoop.mainQueue(),
+                                .globalQueue = globalQueue_,
+                                .scriptRunner = scriptRunner,
+                                .bundle = services.bundle,
+                                .imageDecoder = services.imageDecoder,
+                                .fontFinder = services.fontFinder});
+        }));
   }
 
   void endTurn() {
     showChanges();
     // After the display that they speak of.
     for (const auto result : std::exchange(reports_, {})) host_.updateReported(result);
+    if (const auto number = std::exchange(pinged_, std::nullopt)) host_.answered(*number);
   }
 
   void showChanges() {
@@ -113,60 +118,86 @@ class ExtensionThread::Extension {
   std::optional<NSSize> preferredContentSize_;
   bool sizeChanged_ = false;
   std::vector<NCUpdateResult> reports_;
+  std::optional<std::uint64_t> pinged_;
   GlobalQueue globalQueue_;  // Last: its running blocks use all of the above until they end.
 };
 
 ExtensionThread::ExtensionThread(const HostServices& services, WidgetHost& host)
-    : services_(services), host_(host), runLoop_(services.clock), thread_([this] { run(); }) {}
+    : services_(services),
+      host_(host),
+      scriptRunner_(services.scriptRunner),
+      runLoop_(services.clock),
+      thread_([this] { run(); }) {}
 
 ExtensionThread::~ExtensionThread() {
+  scriptRunner_.end();
   runLoop_.stop();
   thread_.join();
 }
 
 void ExtensionThread::run() {
   try {
-    extension_ = std::make_unique<Extension>(services_, runLoop_, host_);
-    runLoop_.run();
+    extension_ = std::make_unique<Extension>(services_, scriptRunner_, runLoop_, host_);
   } catch (const std::exception& error) {
     host_.startFailed(error.what());
+    return;
   }
-  runLoop_.setTurnObserver(nullptr);
+  runLoop_.run();
   extension_ = nullptr;
 }
 
-void ExtensionThread::post(void (Extension::*message)()) {
-  dispatch_async(runLoop_.mainQueue(), [this, message] { (extension_.get()->*message)(); });
+void ExtensionThread::send(std::function<void(Extension&)> message) {
+  {
+    // A value that is moved after this message must not arrive before it.
+    const std::lock_guard lock(mutex_);
+    waitingValues_.clear();
+  }
+  dispatch_async(runLoop_.mainQueue(),
+                 [this, message = std::move(message)] { message(*extension_); });
 }
 
 void ExtensionThread::performUpdate() {
-  post(&Extension::performUpdate);
+  send([](Extension& extension) { extension.performUpdate(); });
 }
+
 void ExtensionThread::appear() {
-  post(&Extension::appear);
+  send([](Extension& extension) { extension.appear(); });
 }
+
 void ExtensionThread::disappear() {
-  post(&Extension::disappear);
+  send([](Extension& extension) { extension.disappear(); });
 }
 
 void ExtensionThread::click(const std::string& identifier) {
-  dispatch_async(runLoop_.mainQueue(), [this, identifier] { extension_->click(identifier); });
+  send([identifier](Extension& extension) { extension.click(identifier); });
+}
+
+void ExtensionThread::ping(std::uint64_t number) {
+  send([number](Extension& extension) { extension.ping(number); });
 }
 
 void ExtensionThread::setValue(const std::string& identifier, double value) {
+  std::shared_ptr<double> newest;
   {
     const std::lock_guard lock(mutex_);
-    const bool waiting = !newestValues_.insert_or_assign(identifier, value).second;
-    if (waiting) return;
-  }
-  dispatch_async(runLoop_.mainQueue(), [this, identifier] {
-    double newest = 0;
-    {
-      const std::lock_guard lock(mutex_);
-      newest = newestValues_.extract(identifier).mapped();
+    auto& waiting = waitingValues_[identifier];
+    if (waiting) {
+      *waiting = value;
+      return;
     }
-    extension_->setValue(identifier, newest);
+    newest = waiting = std::make_shared<double>(value);
+  }
+  dispatch_async(runLoop_.mainQueue(), [this, identifier, newest] {
+    extension_->setValue(identifier, takeValue(identifier, newest));
   });
+}
+
+double ExtensionThread::takeValue(const std::string& identifier,
+                                  const std::shared_ptr<double>& newest) {
+  const std::lock_guard lock(mutex_);
+  const auto waiting = waitingValues_.find(identifier);
+  if (waiting != waitingValues_.end() && waiting->second == newest) waitingValues_.erase(waiting);
+  return *newest;
 }
 
 }  // namespace Corvella

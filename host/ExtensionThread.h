@@ -1,11 +1,14 @@
 #pragma once
 
+#include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
 #include <string>
 #include <thread>
 
+#include "host/EndingScriptRunner.h"
 #include "host/WidgetHost.h"
 #include "platform/appkit/NSFontFinder.h"
 #include "platform/appkit/NSImageDecoder.h"
@@ -36,7 +39,7 @@ class ExtensionThread {
  public:
   /// Starts the thread. `host` outlives this object.
   ExtensionThread(const HostServices& services, WidgetHost& host);
-  /// Ends the thread as soon as the script that is running has returned.
+  /// Ends the thread as soon as the scripts that are running have returned; no other is started.
   ~ExtensionThread();
   ExtensionThread(const ExtensionThread&) = delete;
   ExtensionThread& operator=(const ExtensionThread&) = delete;
@@ -54,18 +57,25 @@ class ExtensionThread {
   /// the newest value of each control waits.
   void setValue(const std::string& identifier, double value);
 
+  /// Has `WidgetHost::answered` called once the widget has dealt with all that came before.
+  void ping(std::uint64_t number);
+
  private:
   class Extension;
 
   void run();
-  void post(void (Extension::*message)());
+  void send(std::function<void(Extension&)> message);
+  double takeValue(const std::string& identifier, const std::shared_ptr<double>& newest);
 
   const HostServices services_;
   WidgetHost& host_;
+  EndingScriptRunner scriptRunner_;
   RunLoop runLoop_;
   std::unique_ptr<Extension> extension_;  // Lives on the thread.
   std::mutex mutex_;
-  std::map<std::string, double> newestValues_;  // By control; guarded by the mutex.
+  /// The newest value of each control that waits and that no other message has followed; guarded by
+  /// the mutex.
+  std::map<std::string, std::shared_ptr<double>> waitingValues_;
   std::thread thread_;
 };
 

@@ -6,7 +6,10 @@
 #include <QImageIOHandler>
 #include <QImageReader>
 #include <QSize>
+#include <cstddef>
+#include <cstdint>
 #include <cstring>
+#include <string_view>
 
 namespace Corvella {
 
@@ -29,11 +32,32 @@ NSBitmapImageRep bitmapOf(const QImage& image) {
   return bitmap;
 }
 
+/// Whether a JPEG file's last scan has no end marker behind it. Qt fills up what is missing with
+/// grey.
+bool isCutJpeg(std::string_view file) {
+  if (!file.starts_with("\xff\xd8")) return false;
+  const auto scan = file.rfind("\xff\xda");
+  return scan == std::string_view::npos || file.find("\xff\xd9", scan) == std::string_view::npos;
+}
+
+/// Whether a BMP file is shorter than it says in its header, from byte 2 on, the lowest byte first.
+bool isCutBmp(std::string_view file) {
+  if (!file.starts_with("BM") || file.size() < 6) return false;
+  std::uint32_t size = 0;
+  for (std::size_t i = 0; i < 4; ++i) {
+    size |= std::uint32_t{static_cast<unsigned char>(file[2 + i])} << (8 * i);
+  }
+  return size > file.size();
+}
+
 }  // namespace
 
 std::optional<NSDecodedImage> QtImageDecoder::decode(std::span<const std::byte> bytes) const {
   // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): Qt's bytes are chars.
   const auto* const chars = reinterpret_cast<const char*>(bytes.data());
+  const std::string_view file(chars, bytes.size());
+  if (isCutJpeg(file) || isCutBmp(file)) return std::nullopt;
+
   QByteArray data = QByteArray::fromRawData(chars, static_cast<qsizetype>(bytes.size()));
   QBuffer buffer(&data);
   buffer.open(QIODevice::ReadOnly);

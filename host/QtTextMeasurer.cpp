@@ -20,6 +20,7 @@ void addParagraph(const QString& text, const QFont& font, double width, NSSize& 
   layout.setTextOption(option);
   layout.beginLayout();
   for (auto line = layout.createLine(); line.isValid(); line = layout.createLine()) {
+    line.setLeadingIncluded(true);  // As text documents do, which show what was measured.
     line.setLineWidth(width);
     size.width = std::max(size.width, line.naturalTextWidth());
     size.height += line.height();

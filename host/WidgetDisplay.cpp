@@ -16,12 +16,16 @@ bool isControl(char c) {
   return byte < 0x20 || byte == 0x7f;
 }
 
+bool isSecondControl(char c) {
+  const auto byte = static_cast<unsigned char>(c);
+  return byte >= 0x80 && byte < 0xa0;
+}
+
 /// Blanks in the place of control characters, which would break the line, or worse, the terminal;
 /// those of the second set come as two bytes, 0xC2 and 0x80 to 0x9F.
 std::string withoutControls(std::string text, bool keepsLineFeeds) {
   for (std::size_t i = 0; i < text.size(); ++i) {
-    const bool second =
-        i > 0 && text[i - 1] == '\xc2' && static_cast<unsigned char>(text[i]) < 0xa0;
+    const bool second = i > 0 && text[i - 1] == '\xc2' && isSecondControl(text[i]);
     if (second) text[i - 1] = ' ';
     if (second || (isControl(text[i]) && !(keepsLineFeeds && text[i] == '\n'))) text[i] = ' ';
   }

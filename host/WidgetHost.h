@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 #include "host/WidgetSnapshot.h"
@@ -17,6 +18,10 @@ class WidgetHost {
 
   /// The widget has reported on an update.
   virtual void updateReported(NCUpdateResult result) = 0;
+
+  /// The widget has dealt with all that came before the newest `ExtensionThread::ping`, whose
+  /// number this is, and has shown what came of it.
+  virtual void answered(std::uint64_t /*number*/) {}
 
   /// The widget could not be started, with the reason; nothing else comes.
   virtual void startFailed(const std::string& reason) = 0;

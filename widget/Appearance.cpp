@@ -1,6 +1,5 @@
 #include "platform/appkit/NSColor.h"
 #include "platform/appkit/NSFont.h"
-#include "platform/foundation/NSString.h"
 #include "widget/TodayViewController.h"
 
 namespace Corvella {

@@ -1,7 +1,5 @@
 #include "widget/TodayViewController.h"
 
-#include <array>
-#include <cassert>
 #include <utility>
 
 namespace Corvella {
@@ -56,25 +54,27 @@ NSOutletConnection TodayViewController::connectOutlet(std::string_view name,
   return NSViewController::connectOutlet(name, object);
 }
 
-NSControl::Action TodayViewController::actionNamed(std::string_view selector) {
+NSOutletConnection TodayViewController::connectAction(std::string_view selector,
+                                                      NSControl& control) {
   using Self = TodayViewController;
-  if (selector == "seeMoreClicked:") return actionFor(&Self::seeMoreClicked);
-  if (selector == "previousButtonClicked:") return actionFor(&Self::previousButtonClicked);
-  if (selector == "playButtonClicked:") return actionFor(&Self::playButtonClicked);
-  if (selector == "nextButtonClicked:") return actionFor(&Self::nextButtonClicked);
-  if (selector == "updateRating:") return actionFor(&Self::updateRating);
-  if (selector == "updateSoundVolume:") return actionFor(&Self::updateSoundVolume);
-  return NSViewController::actionNamed(selector);
+  if (selector == "seeMoreClicked:") return connect(control, &Self::seeMoreClicked);
+  if (selector == "previousButtonClicked:") return connect(control, &Self::previousButtonClicked);
+  if (selector == "playButtonClicked:") return connect(control, &Self::playButtonClicked);
+  if (selector == "nextButtonClicked:") return connect(control, &Self::nextButtonClicked);
+  if (selector == "updateRating:") return connect(control, &Self::updateRating);
+  if (selector == "updateSoundVolume:") return connect(control, &Self::updateSoundVolume);
+  return NSViewController::connectAction(selector, control);
 }
 
-/// Calls the method with the control that sends the action; the control does not hold its target.
+/// Has the control call the method with itself; the control does not hold its target.
 template <typename Sender>
-NSControl::Action TodayViewController::actionFor(void (TodayViewController::*method)(Sender&)) {
-  return [target = std::weak_ptr(strongSelf()), method](NSControl& control) {
-    const auto self = target.lock();
-    auto* const sender = dynamic_cast<Sender*>(&control);
-    if (self && sender != nullptr) (self.get()->*method)(*sender);
-  };
+NSOutletConnection TodayViewController::connect(NSControl& control,
+                                                void (TodayViewController::*method)(Sender&)) {
+  if (dynamic_cast<Sender*>(&control) == nullptr) return NSOutletConnection::WrongType;
+  control.setAction([target = std::weak_ptr(strongSelf()), method](NSControl& sender) {
+    if (const auto self = target.lock()) (self.get()->*method)(static_cast<Sender&>(sender));
+  });
+  return NSOutletConnection::Connected;
 }
 
 std::shared_ptr<TodayViewController> TodayViewController::strongSelf() {

@@ -5,7 +5,6 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <type_traits>
 
 #include "controls/LyricsTextView.h"
 #include "controls/SongRatingLevelIndicatorCell.h"
@@ -116,7 +115,7 @@ class TodayViewController final : public NSViewController, public NCWidgetProvid
 
   NSOutletConnection connectOutlet(std::string_view name,
                                    const std::shared_ptr<NSObject>& object) override;
-  NSControl::Action actionNamed(std::string_view selector) override;
+  NSOutletConnection connectAction(std::string_view selector, NSControl& control) override;
 
  private:
   friend class TodayViewControllerInspector;  // For tests.
@@ -137,7 +136,7 @@ class TodayViewController final : public NSViewController, public NCWidgetProvid
   void report(NCUpdateResult result);
   std::shared_ptr<TodayViewController> strongSelf();
   template <typename Sender>
-  NSControl::Action actionFor(void (TodayViewController::*method)(Sender&));
+  NSOutletConnection connect(NSControl& control, void (TodayViewController::*method)(Sender&));
 
   std::weak_ptr<NSImageView> albumArtView_;
   std::weak_ptr<NSTextField> songTitle_;

@@ -44,9 +44,14 @@ void NSNibConnector::connectAction(const NSNibObjects::Connection& action) {
   if (!connectedControls_.insert(control).second) {
     document_.fail(action.node, "a second action of a control", selector);
   }
-  NSControl::Action does = owner_.actionNamed(selector);
-  if (!does) document_.fail(action.node, "unknown action", selector);
-  control->setAction(std::move(does));
+  switch (owner_.connectAction(selector, *control)) {
+    case NSOutletConnection::Connected:
+      return;
+    case NSOutletConnection::UnknownName:
+      document_.fail(action.node, "unknown action", selector);
+    case NSOutletConnection::WrongType:
+      document_.fail(action.node, "a control of the wrong class for the action", selector);
+  }
 }
 
 void NSNibConnector::connectOutlet(const pugi::xml_node& outlet) {

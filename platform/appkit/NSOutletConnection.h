@@ -5,11 +5,11 @@
 
 #include "platform/foundation/NSObject.h"
 
-/// What became of connecting an outlet by name.
+/// What became of connecting an outlet or an action by name.
 enum class NSOutletConnection {
   Connected,
   UnknownName,
-  WrongType,  ///< The outlet is of another class than the object.
+  WrongType,  ///< The outlet or the action is for another class of objects.
 };
 
 /// Stores `object` in an outlet, a `std::shared_ptr` or `std::weak_ptr` to a class derived from

@@ -42,6 +42,6 @@ NSOutletConnection NSViewController::connectOutlet(std::string_view name,
   return NSConnectOutlet(view_, object);
 }
 
-NSControl::Action NSViewController::actionNamed(std::string_view) {
-  return nullptr;
+NSOutletConnection NSViewController::connectAction(std::string_view, NSControl&) {
+  return NSOutletConnection::UnknownName;
 }

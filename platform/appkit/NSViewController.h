@@ -53,9 +53,10 @@ class NSViewController : public NSObject, public std::enable_shared_from_this<NS
   virtual NSOutletConnection connectOutlet(std::string_view name,
                                            const std::shared_ptr<NSObject>& object);
 
-  /// The action of that selector, such as "playButtonClicked:", to be given to a control; null when
-  /// there is none. It does not hold the controller, and does nothing once that has ended.
-  virtual NSControl::Action actionNamed(std::string_view selector);
+  /// Gives the control the action of that selector, such as "playButtonClicked:". The action does
+  /// not hold the controller, and does nothing once that has ended. A derived class answers for its
+  /// own actions and asks its base for the others; this one knows none.
+  virtual NSOutletConnection connectAction(std::string_view selector, NSControl& control);
 
  private:
   const NSInterfaceLoader& loader_;

@@ -1,7 +1,9 @@
 #include <QGuiApplication>
+#include <algorithm>
 #include <chrono>
 #include <condition_variable>
 #include <functional>
+#include <iterator>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -106,9 +108,13 @@ class Gate final : public ScriptRunner {
   }
   void close() { setOpen(false); }
   void open() { setOpen(true); }
-  void waitForScript(const std::string& ending) {
+  /// Waits for a script with that ending among those after the first `from`.
+  bool waitForScript(const std::string& ending, std::ptrdiff_t from = 0) {
     std::unique_lock lock(mutex_);
-    opened_.wait(lock, [&] { return !scripts_.empty() && scripts_.back().ends_with(ending); });
+    return opened_.wait_for(lock, 20s, [&] {
+      return std::any_of(scripts_.begin() + from, scripts_.end(),
+                         [&](const std::string& script) { return script.ends_with(ending); });
+    });
   }
   std::vector<std::string> scripts() {
     const std::lock_guard lock(mutex_);
@@ -169,7 +175,7 @@ TEST_F(AnExtension, ShowsATrackAndObeysItsUser) {
   ASSERT_TRUE(host_.waitForButton("playButton", "\u25b6"));
   extension.setValue("songRatingIndicator", 2);
   extension.setValue("soundVolume", 12);
-  gate_.waitForScript("set sound volume to 12");
+  ASSERT_TRUE(gate_.waitForScript("set sound volume to 12"));
   EXPECT_TRUE(eventually([&] { return *player_.soundVolume() == 12; }));
   EXPECT_EQ(player_.currentTrack()->rating, 40);
 }
@@ -188,32 +194,78 @@ TEST_F(AnExtension, GrowsByTheLyricsAndGivesTheRoomToTheirView) {
   EXPECT_TRUE(host_.waitUntil([](const auto& display) { return display.size().height == 285; }));
 }
 
-TEST_F(AnExtension, SendsTheNewestValueOfEachControlAndEveryClick) {
+/// The scripts that the user's input sends while the widget is busy with a first one.
+class ABusyExtension : public AnExtension {
+ protected:
+  std::vector<std::string> sentAfter(const std::function<void(ExtensionThread&)>& input) {
+    EXPECT_TRUE(player_.perform(PlaybackRequest::Pause));  // No ticks in between.
+    ExtensionThread extension(services(gate_), host_);
+    extension.appear();
+    EXPECT_TRUE(host_.waitForTitle(embeddedTracks()[0].track.name));
+    gate_.close();
+    const auto before = static_cast<std::ptrdiff_t>(gate_.scripts().size());
+    extension.setValue("soundVolume", 1);
+    EXPECT_TRUE(gate_.waitForScript("set sound volume to 1", before));
+    input(extension);
+    extension.setValue("soundVolume", 99);
+    gate_.open();
+    EXPECT_TRUE(gate_.waitForScript("set sound volume to 99", before));
+    const auto all = gate_.scripts();
+    std::vector<std::string> sent;
+    std::copy_if(all.begin() + before + 1, all.end(), std::back_inserter(sent),
+                 [](const std::string& script) {
+                   return script.find("to set ") != std::string::npos ||
+                          script.ends_with("track\"") || script.ends_with("to next track") ||
+                          script.ends_with("to pause") || script.ends_with("to play");
+                 });
+    return sent;
+  }
+};
+
+TEST_F(ABusyExtension, SendsTheNewestValueOfEachControl) {
+  const auto sent = sentAfter([](ExtensionThread& extension) {
+    for (int volume = 2; volume <= 50; ++volume) extension.setValue("soundVolume", volume);
+    for (int stars = 1; stars <= 5; ++stars) extension.setValue("songRatingIndicator", stars);
+  });
+  EXPECT_THAT(sent, testing::ElementsAre(testing::EndsWith("set sound volume to 99"),
+                                         testing::EndsWith("set rating of current track to 100")));
+}
+
+TEST_F(ABusyExtension, KeepsValuesAndClicksInOrder) {
+  const auto sent = sentAfter([](ExtensionThread& extension) {
+    extension.setValue("songRatingIndicator", 1);
+    extension.click("nextButton");
+    extension.setValue("songRatingIndicator", 5);
+    extension.click("playButton");
+    extension.click("playButton");
+  });
+  EXPECT_THAT(sent,
+              testing::ElementsAre(testing::EndsWith("set rating of current track to 20"),
+                                   testing::EndsWith("to next track"),
+                                   testing::EndsWith("set rating of current track to 100"),
+                                   testing::EndsWith("to play"), testing::EndsWith("to pause"),
+                                   testing::EndsWith("set sound volume to 99")));
+}
+
+TEST_F(AnExtension, StartsNoScriptOnceItEnds) {
+  EndingScriptRunner runner(gate_);
+  EXPECT_NE(runner.initWithSource("one"), nullptr);
+  runner.end();
+  EXPECT_EQ(runner.initWithSource("two"), nullptr);
+  EXPECT_THAT(gate_.scripts(), testing::ElementsAre("one"));
+}
+
+TEST_F(AnExtension, TellsOfUpdatesAfterTheDisplayAndOfNothingTwice) {
   ExtensionThread extension(services(gate_), host_);
   extension.appear();
   ASSERT_TRUE(host_.waitForTitle(embeddedTracks()[0].track.name));
-  gate_.close();
-  extension.setValue("soundVolume", 1);
-  gate_.waitForScript("set sound volume to 1");
-  const auto before = static_cast<std::ptrdiff_t>(gate_.scripts().size());
-  for (int volume = 2; volume <= 50; ++volume) extension.setValue("soundVolume", volume);
-  for (int stars = 1; stars <= 5; ++stars) extension.setValue("songRatingIndicator", stars);
   extension.click("playButton");
-  extension.click("playButton");
-  gate_.open();
-  // The first click pauses, the second plays again.
-  gate_.waitForScript("to play");
-  const auto all = gate_.scripts();
-  const auto count = [&](const std::string& part) {
-    return std::count_if(all.begin() + before, all.end(), [&](const std::string& script) {
-      return script.find(part) != std::string::npos;
-    });
-  };
-  EXPECT_EQ(count("set sound volume"), 1);
-  EXPECT_EQ(count("set sound volume to 50"), 1);
-  EXPECT_EQ(count("set rating of current track to 100"), 1);
-  EXPECT_EQ(count("set rating"), 1);
-  EXPECT_EQ(count("to pause"), 1);
+  ASSERT_TRUE(host_.waitForButton("playButton", "\u25b6"));
+  const auto before = host_.snapshots();
+  extension.click("nosuchButton");
+  extension.performUpdate();
+  ASSERT_TRUE(eventually([&] { return !host_.reports().empty(); }));
+  EXPECT_EQ(host_.snapshots(), before);
 }
 
 TEST_F(AnExtension, EndsCleanlyWhileScriptsAndRefreshesAreUnderWay) {
@@ -226,16 +278,6 @@ TEST_F(AnExtension, EndsCleanlyWhileScriptsAndRefreshesAreUnderWay) {
     if (round % 3 == 0)
       host.waitUntil([](const auto& display) { return !display.views().empty(); });
   }
-}
-
-TEST_F(AnExtension, ThatWaitsForAScriptEndsWhenTheScriptDoes) {
-  auto extension = std::make_unique<ExtensionThread>(services(gate_), host_);
-  gate_.close();
-  extension->appear();
-  gate_.waitForScript("running");
-  std::thread opener([this] { gate_.open(); });
-  extension = nullptr;
-  opener.join();
 }
 
 TEST_F(AnExtension, WithoutItsInterfaceFileSaysWhyItDidNotStart) {

@@ -62,8 +62,10 @@ class PickyOwner final : public RecordingOwner {
     return NSViewController::connectOutlet(name, object);
   }
 
-  NSControl::Action actionNamed(std::string_view selector) override {
-    return selector == "go:" ? RecordingOwner::actionNamed(selector) : nullptr;
+  NSOutletConnection connectAction(std::string_view selector, NSControl& control) override {
+    if (selector == "slide:") return NSOutletConnection::WrongType;
+    return selector == "go:" ? RecordingOwner::connectAction(selector, control)
+                             : NSOutletConnection::UnknownName;
   }
 
  private:
@@ -284,6 +286,8 @@ INSTANTIATE_TEST_SUITE_P(
                  "2: unknown element 'action'"),
         inAction("UnknownAction", "button", "selector=\"come:\" target=\"-2\"",
                  "5: unknown action 'come:'"),
+        inAction("ActionOfAnotherClass", "button", "selector=\"slide:\" target=\"-2\"",
+                 "5: a control of the wrong class for the action 'slide:'"),
         inAction("AnotherTarget", "button", "selector=\"go:\" target=\"-1\"",
                  "5: only the owner is a target, not '-1'"),
         inAction("NoSelector", "button", "target=\"-2\"",

@@ -19,14 +19,16 @@ class ManualQueue final : public DispatchQueue {
 
   std::size_t size() const { return blocks_.size(); }
 
-  /// Runs the block at `index`, 0 being the oldest one, and destroys it.
-  void run(std::size_t index) {
+  /// Runs the block at `index`, 0 being the oldest one, and destroys it; `meanwhile`, what another
+  /// thread does in between, is called once the block has returned and still exists.
+  void run(std::size_t index, const std::function<void()>& meanwhile = {}) {
     assert(index < size() && !running_);
     const auto position = blocks_.begin() + static_cast<std::ptrdiff_t>(index);
     auto block = std::move(*position);
     blocks_.erase(position);
     running_ = true;
     block();
+    if (meanwhile) meanwhile();
     block = nullptr;
     running_ = false;
   }

@@ -23,11 +23,12 @@ class RecordingOwner : public NSViewController {
                           : NSOutletConnection::Connected;
   }
 
-  NSControl::Action actionNamed(std::string_view selector) override {
-    return [this, name = std::string(selector)](NSControl& sender) {
+  NSOutletConnection connectAction(std::string_view selector, NSControl& control) override {
+    control.setAction([this, name = std::string(selector)](NSControl& sender) {
       events.push_back(name);
       lastSender = &sender;
-    };
+    });
+    return NSOutletConnection::Connected;
   }
 
   void awakeFromNib() override { events.emplace_back("owner awake"); }

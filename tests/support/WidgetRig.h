@@ -2,8 +2,10 @@
 
 #include <functional>
 #include <memory>
+#include <set>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "controls/LyricsTextView.h"
 #include "controls/SongRatingLevelIndicatorCell.h"
@@ -80,7 +82,8 @@ class TodayViewControllerInspector {
 /// a log of everything that goes through either.
 class WidgetRig : private NSInterfaceLoader {
  public:
-  WidgetRig() {
+  /// The interface file connects no outlet whose name is in `absent`.
+  explicit WidgetRig(std::set<std::string> absent = {}) : absentOutlets_(std::move(absent)) {
     scripts.setObserver([this](const std::string& text) { log.add("script: " + text); });
     controller->setPreferredContentSizeObserver([this](NSSize size) {
       log.add("size " + std::to_string(static_cast<int>(size.width)) + " x " +
@@ -189,9 +192,10 @@ class WidgetRig : private NSInterfaceLoader {
     indicator->setMaxValue(5);
     return indicator;
   }
+  /// A cell of an interface file, which only the first write highlights.
   std::shared_ptr<SongRatingLevelIndicatorCell> makeCell() {
-    auto cell =
-        SongRatingLevelIndicatorCell::initWithLevelIndicatorStyle(NSRatingLevelIndicatorStyle);
+    const NSCoder coder("cell", measurer, fonts);
+    auto cell = std::make_shared<SongRatingLevelIndicatorCell>(coder);
     cell->setControlView(cellView);
     return cell;
   }
@@ -212,19 +216,25 @@ class WidgetRig : private NSInterfaceLoader {
   void instantiate(std::string_view, const NSBundle*, NSViewController& owner) const override {
     const auto root =
         std::make_shared<NSView>(NSRect{.origin = {}, .size = {.width = 320, .height = 285}});
-    owner.connectOutlet("view", root);
-    owner.connectOutlet("albumArtView", albumArtView);
-    owner.connectOutlet("songTitle", songTitle);
-    owner.connectOutlet("songArtistAndAlbum", songArtistAndAlbum);
-    owner.connectOutlet("songRatingIndicator", songRatingIndicator);
-    owner.connectOutlet("songRatingCell", songRatingCell);
-    owner.connectOutlet("playButton", playButton);
-    owner.connectOutlet("soundVolume", soundVolume);
-    owner.connectOutlet("progressBar", progressBar);
-    owner.connectOutlet("toggleLyricsButton", toggleLyricsButton);
-    owner.connectOutlet("lyricsView", lyricsView);
+    const std::vector<std::pair<std::string, std::shared_ptr<NSObject>>> outlets{
+        {"view", root},
+        {"albumArtView", albumArtView},
+        {"songTitle", songTitle},
+        {"songArtistAndAlbum", songArtistAndAlbum},
+        {"songRatingIndicator", songRatingIndicator},
+        {"songRatingCell", songRatingCell},
+        {"playButton", playButton},
+        {"soundVolume", soundVolume},
+        {"progressBar", progressBar},
+        {"toggleLyricsButton", toggleLyricsButton},
+        {"lyricsView", lyricsView}};
+    for (const auto& [name, object] : outlets) {
+      if (!absentOutlets_.contains(name)) owner.connectOutlet(name, object);
+    }
     owner.awakeFromNib();
   }
+
+  std::set<std::string> absentOutlets_;
 };
 
 }  // namespace Corvella

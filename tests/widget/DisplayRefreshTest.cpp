@@ -14,7 +14,6 @@ using testing::ElementsAre;
 TEST(ARefresh, FetchesInTheBackgroundAndShowsInOrder) {
   WidgetRig rig;
   rig.playerPlays("Song A", "La la", 80);
-  rig.songRatingCell->setHighlighted(true);
   rig.onMain([&] { rig.controller->updateSongInfo(); });
   EXPECT_THAT(rig.log.take(), ElementsAre("to global"));
 
@@ -27,8 +26,8 @@ TEST(ARefresh, FetchesInTheBackgroundAndShowsInOrder) {
   rig.loop.runTurn();
   EXPECT_THAT(rig.log.take(),
               ElementsAre("toggleLyricsButton", "songTitle", "songArtistAndAlbum", "albumArtView",
-                          "size 320 x 285", "songRatingIndicator", "soundVolume", "progressBar",
-                          "script: get player state as string"));
+                          "size 320 x 285", "songRatingCell", "songRatingIndicator", "soundVolume",
+                          "progressBar", "script: get player state as string"));
 
   EXPECT_EQ(rig.toggleLyricsButton->title(), "Show Lyrics");
   EXPECT_EQ(rig.songTitle->stringValue(), "Song A");
@@ -40,25 +39,6 @@ TEST(ARefresh, FetchesInTheBackgroundAndShowsInOrder) {
   EXPECT_EQ(rig.progressBar->maxValue(), 200.0);
   EXPECT_EQ(rig.progressBar->doubleValue(), 0.0);
   EXPECT_EQ(rig.playButton->title(), "");
-}
-
-TEST(ARefresh, HighlightsTheCellBetweenTheHeightAndTheRating) {
-  WidgetRig rig;
-  rig.playerPlays("Song A", "La la", 80);
-  // A cell of an interface file is not highlighted before the first write.
-  NSCoder coder("cell", rig.measurer, rig.fonts);
-  const auto fresh = std::make_shared<SongRatingLevelIndicatorCell>(coder);
-  fresh->setControlView(rig.cellView);
-  rig.controller->setSongRatingCell(fresh);
-  rig.onMain([&] { rig.controller->updateSongInfo(); });
-  rig.globalQueue.runAll();
-  rig.log.take();
-  rig.loop.runTurn();
-  const auto events = rig.log.take();
-  const auto cell = std::find(events.begin(), events.end(), "songRatingCell");
-  ASSERT_NE(cell, events.end());
-  EXPECT_EQ(*(cell - 1), "size 320 x 285");
-  EXPECT_EQ(*(cell + 1), "songRatingIndicator");
 }
 
 TEST(ARefresh, OfAnUnfoldedPanelSetsTheTextBeforeItMeasures) {
@@ -205,31 +185,43 @@ TEST(TwoRefreshes, WhoseBackgroundStepsEndInReverseLeaveTheLastOneOnScreen) {
   EXPECT_EQ(rig.songTitle->stringValue(), "Second");
 }
 
-TEST(ARefreshWithoutOutlets, GoesThroughAllTheSame) {
-  WidgetRig rig;
-  rig.playerPlays("Song");
-  const auto bare = std::make_shared<TodayViewController>(rig.services);
-  rig.onMain([&] { bare->updateSongInfo(); });
-  rig.albumArtView = nullptr;
-  rig.songTitle = nullptr;
-  rig.songRatingIndicator = nullptr;
-  rig.songRatingCell = nullptr;
-  rig.progressBar = nullptr;
-  rig.toggleLyricsButton = nullptr;
-  rig.onMain([&] { rig.controller->updateSongInfo(); });
-  rig.settle();
-  EXPECT_EQ(rig.soundVolume->integerValue(), 35);
-  EXPECT_NE(TodayViewControllerInspector(*bare).timer(), nullptr);
+TEST(AControllerThatItsOwnerReleases, LivesUntilItsBlocksHaveRunAndEndsOnTheMainQueue) {
+  for (const bool refreshes : {true, false}) {
+    WidgetRig rig;
+    rig.playerRuns("paused");
+    rig.onMain([&] {
+      auto& controller = *rig.controller;
+      refreshes ? controller.updateSongInfo() : controller.seeMoreClicked(*rig.otherButton);
+    });
+    const std::weak_ptr<TodayViewController> weak = std::exchange(rig.controller, nullptr);
+    ASSERT_FALSE(weak.expired());
+    rig.globalQueue.run(0, [&] {
+      EXPECT_FALSE(weak.expired());
+      rig.loop.runTurn();
+      EXPECT_TRUE(weak.expired());
+    });
+  }
 }
 
-TEST(AControllerThatItsOwnerReleases, LivesUntilItsBlocksHaveRun) {
+TEST(AControllerThatItsOwnerReleases, LivesUntilItsTimerIsInvalidated) {
   WidgetRig rig;
-  rig.playerRuns("paused");
-  rig.onMain([&] { rig.controller->updateSongInfo(); });
+  rig.playerPlays("Song");
+  rig.refresh();
+  const auto timer = rig.inside.timer();
   const std::weak_ptr<TodayViewController> weak = std::exchange(rig.controller, nullptr);
-  EXPECT_FALSE(weak.expired());
-  rig.globalQueue.runAll();
-  EXPECT_FALSE(weak.expired());
+  ASSERT_FALSE(weak.expired());
+  rig.scripts.answerText(WidgetRig::kPosition, "63.5");
+  rig.tickAfter(std::chrono::seconds(1));
+  EXPECT_EQ(rig.progressBar->doubleValue(), 63.5);
+  rig.onMain([&] { timer->invalidate(); });
+  EXPECT_TRUE(weak.expired());
+}
+
+TEST(AControllerThatItsOwnerReleases, LivesUntilItsTimerHasBeenStopped) {
+  WidgetRig rig;
+  rig.onMain([&] { rig.controller->viewWillDisappear(); });
+  const std::weak_ptr<TodayViewController> weak = std::exchange(rig.controller, nullptr);
+  ASSERT_FALSE(weak.expired());
   rig.loop.runTurn();
   EXPECT_TRUE(weak.expired());
 }

@@ -94,16 +94,20 @@ TEST_F(AFoldedPanel, WithoutALyricsViewKeepsTheInitialHeight) {
   EXPECT_EQ(height(), 285.0);
 }
 
-TEST_F(AFoldedPanel, WritesToTheButtonThatWasClickedAndHoldsItMeanwhile) {
+TEST_F(AFoldedPanel, ReadsAndWritesTheButtonThatWasClickedAndHoldsItMeanwhile) {
+  rig_.toggleLyricsButton->setTitle("No Lyrics");
   rig_.otherButton->setTitle("Show Lyrics");
   rig_.onMain([this] { rig_.controller->seeMoreClicked(*rig_.otherButton); });
   const std::weak_ptr<NSButton> other = std::exchange(rig_.otherButton, nullptr);
   ASSERT_FALSE(other.expired());
-  rig_.globalQueue.runAll();
-  EXPECT_FALSE(other.expired());
-  rig_.settle();
-  EXPECT_TRUE(other.expired());
-  EXPECT_EQ(rig_.toggleLyricsButton->title(), "Show Lyrics");
+  rig_.log.take();
+  rig_.globalQueue.run(0, [&] {
+    EXPECT_FALSE(other.expired());
+    rig_.loop.runTurn();
+    EXPECT_TRUE(other.expired());
+  });
+  EXPECT_THAT(rig_.log.take(), testing::Contains("otherButton"));
+  EXPECT_EQ(rig_.toggleLyricsButton->title(), "No Lyrics");
 }
 
 TEST_F(AFoldedPanel, FollowsTheNextTrackOnceUnfolded) {

@@ -103,18 +103,24 @@ TEST_F(ATick, WithoutATitleOutletRefreshesEachTime) {
   EXPECT_TRUE(startsARefresh());
 }
 
-TEST_F(ATick, ComesNoMoreOnceTheTimerIsStoppedEvenWhenItWasDue) {
-  rig_.clock.advance(std::chrono::seconds(5));
-  rig_.onMain([this] {
-    rig_.controller->previousButtonClicked(*rig_.otherButton);
-    rig_.log.take();
+TEST_F(ATick, ThatFallsDueDuringAClickComesBeforeTheTimerIsStoppedAndIsTheLast) {
+  rig_.scripts.answerText(WidgetRig::kState, "paused");
+  rig_.scripts.setObserver([this](const std::string& text) {
+    rig_.log.add("script: " + text);
+    if (text == "previous track") rig_.clock.advance(std::chrono::seconds(5));
   });
-  EXPECT_EQ(rig_.inside.timer() != nullptr, true);
+  rig_.onMain([this] { rig_.controller->previousButtonClicked(*rig_.otherButton); });
+  EXPECT_THAT(rig_.log.take(), testing::Not(testing::Contains("script: player position")));
+
   rig_.loop.runTurn();
+  EXPECT_THAT(rig_.log.take(), testing::Contains("script: player position").Times(1));
   EXPECT_EQ(rig_.inside.timer(), nullptr);
+
+  rig_.settle();
   rig_.log.take();
-  rig_.tickAfter(std::chrono::seconds(5));
+  tick();
   EXPECT_THAT(rig_.log.take(), testing::IsEmpty());
+  EXPECT_EQ(rig_.inside.timer(), nullptr);
 }
 
 }  // namespace

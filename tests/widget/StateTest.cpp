@@ -1,10 +1,13 @@
+#include <functional>
 #include <memory>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include <gmock/gmock.h>
 
+#include "tests/support/RowName.h"
 #include "tests/support/WidgetRig.h"
 
 namespace Corvella {
@@ -58,8 +61,70 @@ TEST(TheOutlets, AreConnectedByNameAndClass) {
   auto& controller = *rig.controller;
   EXPECT_EQ(controller.connectOutlet("playButton", rig.songTitle), NSOutletConnection::WrongType);
   EXPECT_EQ(controller.connectOutlet("nonesuch", rig.songTitle), NSOutletConnection::UnknownName);
-  EXPECT_EQ(controller.actionNamed("nonesuch:"), nullptr);
+  EXPECT_EQ(controller.connectAction("nonesuch:", *rig.playButton),
+            NSOutletConnection::UnknownName);
+  EXPECT_EQ(controller.connectAction("updateSoundVolume:", *rig.playButton),
+            NSOutletConnection::WrongType);
 }
+
+const std::set<std::string> kOutlets{
+    "albumArtView", "songTitle",   "songArtistAndAlbum", "songRatingIndicator", "songRatingCell",
+    "playButton",   "soundVolume", "progressBar",        "toggleLyricsButton",  "lyricsView"};
+
+/// What every operation does to the player, the host and the outlets that are not absent.
+std::vector<std::string> eventsOfEveryOperation(const std::set<std::string>& absent,
+                                                const std::set<std::string>& ignored) {
+  WidgetRig rig(absent);
+  auto& controller = *rig.controller;
+  NSLevelIndicator stars;
+  NSSlider volume;
+  rig.playerPlays("Song");
+  rig.scripts.answerText(WidgetRig::kPosition, "63.5");
+  controller.widgetPerformUpdateWithCompletionHandler(
+      [&rig](NCUpdateResult result) { rig.log.add("report " + std::to_string(result)); });
+  const std::vector<std::function<void()>> operations{
+      [&] { controller.viewWillAppear(); },
+      [&] { controller.seeMoreClicked(*rig.otherButton); },
+      [&] { controller.seeMoreClicked(*rig.otherButton); },
+      [&] { controller.updateRating(stars); },
+      [&] { controller.updateSoundVolume(volume); },
+      [&] { controller.previousButtonClicked(*rig.otherButton); },
+      [&] {
+        rig.playerPlays("Next");
+        rig.clock.advance(std::chrono::seconds(1));
+      },
+      [&] { controller.playButtonClicked(*rig.otherButton); },
+      [&] { controller.viewWillDisappear(); }};
+  for (const auto& operation : operations) {
+    rig.onMain(operation);
+    rig.settle();
+  }
+  auto events = rig.log.take();
+  std::erase_if(events, [&](const std::string& event) {
+    return ignored.contains(event) || event.starts_with("size ");
+  });
+  return events;
+}
+
+struct OutletRow {
+  std::string name;
+  std::set<std::string> absent;
+};
+
+std::vector<OutletRow> outletRows() {
+  std::vector<OutletRow> rows{{"all", kOutlets}};
+  for (const auto& outlet : kOutlets) rows.push_back({outlet, {outlet}});
+  return rows;
+}
+
+class AnAbsentOutlet : public testing::TestWithParam<OutletRow> {};
+
+TEST_P(AnAbsentOutlet, SkipsItsOwnStepsAlone) {
+  const auto& absent = GetParam().absent;
+  EXPECT_EQ(eventsOfEveryOperation(absent, {}), eventsOfEveryOperation({}, absent));
+}
+
+INSTANTIATE_TEST_SUITE_P(ByName, AnAbsentOutlet, testing::ValuesIn(outletRows()), rowName);
 
 TEST(TheActions, SendFromTheirControlsAndDoNotHoldTheController) {
   WidgetRig rig;
@@ -69,7 +134,7 @@ TEST(TheActions, SendFromTheirControlsAndDoNotHoldTheController) {
       {"playButtonClicked:", rig.playButton},      {"seeMoreClicked:", rig.toggleLyricsButton},
       {"updateRating:", rig.songRatingIndicator},  {"updateSoundVolume:", rig.soundVolume}};
   for (const auto& [selector, control] : rows) {
-    control->setAction(rig.controller->actionNamed(selector));
+    ASSERT_EQ(rig.controller->connectAction(selector, *control), NSOutletConnection::Connected);
     rig.onMain([&control = control] { EXPECT_TRUE(control->sendAction()); });
     rig.settle();
     EXPECT_FALSE(rig.scripts.scripts().empty()) << selector;
