@@ -9,10 +9,12 @@ namespace Corvella {
 
 /// What the program was asked to do.
 struct CommandLine {
-  enum class Action : std::uint8_t { Print, ListPlayers, Help, Version };
-  Action action = Action::Print;
+  enum class Action : std::uint8_t { Open, Toggle, Print, Snapshot, ListPlayers, Help, Version };
+  Action action = Action::Open;
   bool lyrics = false;          ///< With the lyrics unfolded.
   std::string player = "auto";  ///< "auto", "embedded" or the name of a player on the session bus.
+  std::string file = {};        ///< Where the snapshot goes.
+  double scale = 1;             ///< Pixels of the snapshot to each point, 0.5..4.
 };
 
 /// A command line that cannot be followed; `message` is one line.

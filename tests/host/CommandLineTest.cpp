@@ -18,10 +18,11 @@ TEST(ACommandLine, TellsWhatToDoAndWithWhichPlayer) {
     std::string player;
   };
   const std::vector<Row> rows{
-      {{}, Action::Print, "auto"},
+      {{}, Action::Open, "auto"},
+      {{"--toggle"}, Action::Toggle, "auto"},
       {{"--print"}, Action::Print, "auto"},
       {{"--print", "--player", "embedded"}, Action::Print, "embedded"},
-      {{"--player=vlc.instance7"}, Action::Print, "vlc.instance7"},
+      {{"--player=vlc.instance7"}, Action::Open, "vlc.instance7"},
       {{"--list-players"}, Action::ListPlayers, "auto"},
       {{"--print", "--help"}, Action::Help, "auto"},
       {{"-v"}, Action::Version, "auto"},
@@ -35,11 +36,32 @@ TEST(ACommandLine, TellsWhatToDoAndWithWhichPlayer) {
   }
 }
 
+TEST(ACommandLine, TellsHowToDrawASnapshot) {
+  const auto parsed = parseCommandLine({"--snapshot", "a.png", "--lyrics", "--scale=1.5"});
+  const auto& commandLine = std::get<CommandLine>(parsed);
+  EXPECT_EQ(commandLine.action, Action::Snapshot);
+  EXPECT_EQ(commandLine.file, "a.png");
+  EXPECT_TRUE(commandLine.lyrics);
+  EXPECT_EQ(commandLine.scale, 1.5);
+}
+
 TEST(AWrongCommandLine, IsRefusedWithTheWordThatIsWrong) {
   const std::vector<std::pair<Arguments, std::string>> rows{
-      {{"--shiny"}, "shiny"},     {{"-x"}, "x"},
-      {{"song.mp3"}, "song.mp3"}, {{"--player"}, "player"},
-      {{"--player="}, "player"},  {{"--print=yes"}, "print"}};
+      {{"--shiny"}, "shiny"},
+      {{"-x"}, "x"},
+      {{"song.mp3"}, "song.mp3"},
+      {{"--player"}, "player"},
+      {{"--player="}, "player"},
+      {{"--print=yes"}, "print"},
+      {{"--lyrics"}, "lyrics"},
+      {{"--scale", "2"}, "scale"},
+      {{"--snapshot"}, "snapshot"},
+      {{"--snapshot="}, "snapshot"},
+      {{"--print", "--toggle"}, "toggle"},
+      {{"--print", "--snapshot", "a.png"}, "snapshot"},
+      {{"--snapshot", "a.png", "--scale", "4.1"}, "0.5"},
+      {{"--snapshot", "a.png", "--scale", "nan"}, "0.5"},
+      {{"--snapshot", "a.png", "--scale", "big"}, "0.5"}};
   for (const auto& [arguments, word] : rows) {
     const auto parsed = parseCommandLine(arguments);
     ASSERT_TRUE(std::holds_alternative<UsageError>(parsed)) << word;

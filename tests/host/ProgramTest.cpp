@@ -58,8 +58,9 @@ TEST(TheProgram, PrintsATrackOfARealPlayer) {
                                      HasSubstr("lyricsView: one (3 lines)\n"),
                                      testing::EndsWith("\none\ntwo\nthree\n")));
   EXPECT_THAT(run({"--list-players"}, bus.address()).output, HasSubstr("mpv (paused)\n"));
-  EXPECT_THAT(run({"--player", "mpv"}, bus.address()).output, HasSubstr("songTitle: Dawn\n"));
-  EXPECT_THAT(run({"--player", "other"}, bus.address()).output,
+  EXPECT_THAT(run({"--print", "--player", "mpv"}, bus.address()).output,
+              HasSubstr("songTitle: Dawn\n"));
+  EXPECT_THAT(run({"--print", "--player", "other"}, bus.address()).output,
               HasSubstr("songTitle: No Song Playing\nsongArtistAndAlbum: N/A - N/A\n"));
 }
 
@@ -69,13 +70,13 @@ TEST(TheProgram, SaysSoWhenItShowsTheEmbeddedPlayerForWantOfABus) {
   EXPECT_THAT(printed.output, AllOf(HasSubstr("albumArtView: 512 x 512\n"),
                                     HasSubstr("preferredContentSize: 320 x 285\n")));
   EXPECT_THAT(printed.errors, HasSubstr("embedded"));
-  EXPECT_EQ(run({"--player", "embedded"}).errors, "");
+  EXPECT_EQ(run({"--print", "--player", "embedded"}).errors, "");
 }
 
 TEST(TheProgram, EndsWithAStatusThatTellsWhatHappened) {
   EXPECT_THAT(run({"--version"}).output, StartsWith("corvella "));
   EXPECT_THAT(run({"--help"}).output, HasSubstr("--player"));
-  const auto named = run({"--player", "mpv"});
+  const auto named = run({"--print", "--player", "mpv"});
   EXPECT_EQ(named.status, 1);
   EXPECT_THAT(named.errors, HasSubstr("session bus"));
   const auto wrong = run({"--shiny"});

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <QLocalServer>
+#include <QLockFile>
+#include <QObject>
+#include <QString>
+#include <cstdint>
+
+class QLocalSocket;
+
+namespace Corvella {
+
+/// Sees to it that a user has one Corvella: the first one is told what later ones are started for.
+///
+/// GUI thread. The first one's place is kept by a lock file in the user's runtime folder, and goes
+/// with its process, however that ends; a socket beside it takes the messages.
+class SingleInstance final : public QObject {
+  Q_OBJECT
+
+ public:
+  enum class Message : std::uint8_t { Open, Toggle };
+
+  /// Uses `folder`, which exists and is the user's own.
+  explicit SingleInstance(const QString& folder);
+
+  /// Takes the first one's place if it is free and listens for the others; false when it is taken.
+  /// Throws `std::runtime_error` when the folder cannot be used.
+  bool becomeFirst();
+
+  /// Tells the first one. Waits until it has read the message, at most a few seconds; false when it
+  /// does not.
+  bool tellFirst(Message message);
+
+ signals:
+  void told(Corvella::SingleInstance::Message message);
+
+ private:
+  void read(QLocalSocket& socket);
+  void acceptNext();
+
+  const QString socketPath_;
+  QLockFile lock_;
+  QLocalServer server_;
+};
+
+}  // namespace Corvella

@@ -1,0 +1,76 @@
+#include "host/TextLabel.h"
+
+#include <QFontMetrics>
+#include <QPainter>
+#include <algorithm>
+
+#include "host/QtColors.h"
+#include "host/QtFonts.h"
+
+namespace Corvella {
+
+namespace {
+
+QString onOneLine(QString text) {
+  std::replace_if(
+      text.begin(), text.end(),
+      [](QChar c) {
+        return c.category() == QChar::Other_Control || c == QChar::LineSeparator ||
+               c == QChar::ParagraphSeparator;
+      },
+      QChar(u' '));
+  return text;
+}
+
+Qt::Alignment alignmentOf(NSTextAlignment alignment, bool rightToLeft) {
+  if (alignment == NSTextAlignmentCenter) return Qt::AlignHCenter;
+  const bool right = (alignment == NSTextAlignmentRight) != rightToLeft;
+  return (right ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignAbsolute;
+}
+
+}  // namespace
+
+TextLabel::TextLabel(QWidget* parent) : QLabel(parent) {
+  setTextFormat(Qt::PlainText);
+}
+
+void TextLabel::display(const TextFieldContent& content) {
+  const auto text = onOneLine(QString::fromStdString(content.text));
+  setFont(qtFont(content.font.get()));
+  color_ = qtColor(content.color);
+  setAlignment(alignmentOf(content.alignment, text.isRightToLeft()) | Qt::AlignVCenter);
+  setText(text);
+  offerWholeText();
+}
+
+QString TextLabel::shownText() const {
+  const auto metrics = fontMetrics();
+  auto room = width();
+  auto shown = metrics.elidedText(text(), Qt::ElideRight, room);
+  // Qt elides letter by letter; joined, as Arabic ones are, they may be wider.
+  for (auto excess = metrics.horizontalAdvance(shown) - width(); excess > 0 && room > 0;
+       excess = metrics.horizontalAdvance(shown) - width()) {
+    room -= excess;
+    shown = metrics.elidedText(text(), Qt::ElideRight, room);
+  }
+  return shown;
+}
+
+void TextLabel::paintEvent(QPaintEvent* /*event*/) {
+  QPainter painter(this);
+  painter.setFont(font());
+  painter.setPen(color_);
+  painter.setLayoutDirection(text().isRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight);
+  painter.drawText(rect(), static_cast<int>(alignment()) | Qt::TextSingleLine, shownText());
+}
+
+void TextLabel::resizeEvent(QResizeEvent* /*event*/) {
+  offerWholeText();
+}
+
+void TextLabel::offerWholeText() {
+  // Tooltips that look like markup would be shown as such.
+  setToolTip(shownText() == text() ? QString() : "<span>" + text().toHtmlEscaped() + "</span>");
+}
+
+}  // namespace Corvella

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QColor>
+#include <QLabel>
+
+#include "host/WidgetSnapshot.h"
+
+namespace Corvella {
+
+/// One line of text. What does not fit is elided, and the whole text is the tooltip. A text that
+/// reads from right to left starts on the right.
+class TextLabel final : public QLabel {
+ public:
+  explicit TextLabel(QWidget* parent);
+
+  void display(const TextFieldContent& content);
+
+  /// The text as it is painted.
+  QString shownText() const;
+
+ protected:
+  void paintEvent(QPaintEvent* event) override;
+  void resizeEvent(QResizeEvent* event) override;
+
+ private:
+  void offerWholeText();
+
+  QColor color_;
+};
+
+}  // namespace Corvella

@@ -1,0 +1,196 @@
+#include "host/TodayWindow.h"
+
+#include <QCloseEvent>
+#include <QCursor>
+#include <QDate>
+#include <QGuiApplication>
+#include <QKeyEvent>
+#include <QLocale>
+#include <QPainter>
+#include <QScreen>
+#include <QScrollBar>
+#include <QWindow>
+#include <algorithm>
+#include <cmath>
+
+#include "host/Theme.h"
+#include "platform/appkit/NSFont.h"
+
+namespace Corvella {
+
+namespace {
+
+constexpr int kMargin = 12;
+constexpr int kHeadingHeight = 44;
+constexpr int kNoticeHeight = 16;
+constexpr double kNoticeSize = 12;
+constexpr NSColor kNoticeColor{.red = 1, .green = 0.78, .blue = 0.43};
+constexpr int kScreenMargin = 8;
+constexpr int kEasingMilliseconds = 150;
+/// The card until the widget tells how large it is.
+constexpr QSize kFirstCard{320, 285};
+
+QScreen* screenUnderPointer() {
+  auto* const screen = QGuiApplication::screenAt(QCursor::pos());
+  return screen != nullptr ? screen : QGuiApplication::primaryScreen();
+}
+
+}  // namespace
+
+TodayWindow::TodayWindow() : QWidget(nullptr, Qt::Window | Qt::FramelessWindowHint) {
+  setWindowTitle("Corvella");
+  setAttribute(Qt::WA_TranslucentBackground);
+  setStyleSheet(theme::styleSheet());
+  layOut();
+  showDate();
+  setNotice({});
+  easing_.setDuration(kEasingMilliseconds);
+  easing_.setEasingCurve(QEasingCurve::OutCubic);
+  connect(&easing_, &QVariantAnimation::valueChanged, this,
+          [this](const QVariant& height) { setCardHeight(height.toInt()); });
+  connect(&close_, &QPushButton::clicked, this, &QWidget::close);
+  card_.resize(kFirstCard);
+  setCardHeight(kFirstCard.height());
+}
+
+void TodayWindow::layOut() {
+  date_.setObjectName("date");
+  notice_.setObjectName("notice");
+  notice_.setFixedHeight(kNoticeHeight);
+  close_.setObjectName("close");
+  close_.setText("\u2715");
+  close_.setAccessibleName("Close");
+  close_.setToolTip("Close (Esc hides)");
+  close_.setFixedSize(24, 24);
+  close_.setFocusPolicy(Qt::TabFocus);
+  card_.setObjectName("card");
+  scrolled_.setObjectName("scrolled");
+
+  scroll_.setFrameShape(QFrame::NoFrame);
+  scroll_.setFocusPolicy(Qt::NoFocus);
+  scroll_.setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+  scroll_.viewport()->setAutoFillBackground(false);
+  scroll_.setWidget(&scrolled_);
+
+  heading_.setContentsMargins(4, 0, kMargin, 0);
+  lines_.setSpacing(0);
+  lines_.addStretch();
+  lines_.addWidget(&date_);
+  lines_.addWidget(&notice_);
+  lines_.addStretch();
+  heading_.addLayout(&lines_, 1);
+  heading_.addWidget(&close_);
+  // The margin on the right belongs to the scroll bar.
+  layout_.setContentsMargins(kMargin, 0, 0, kMargin);
+  layout_.setSpacing(0);
+  layout_.addLayout(&heading_);
+  heading_.addStrut(kHeadingHeight);
+  layout_.addWidget(&scroll_, 1);
+}
+
+void TodayWindow::apply(const WidgetSnapshot& snapshot) {
+  panel_.apply(snapshot);
+  const auto height = static_cast<int>(std::lround(snapshot.size.height));
+  card_.resize(panel_.width(), card_.height());
+  if (snapshot.preferredContentSize && isVisible() && eased_) return easeCardHeightTo(height);
+  easing_.stop();
+  setCardHeight(height);
+}
+
+void TodayWindow::easeCardHeightTo(int height) {
+  const bool underWay = easing_.state() == QAbstractAnimation::Running;
+  const auto goal = underWay ? easing_.endValue().toInt() : card_.height();
+  if (goal == height) return;
+  easing_.stop();
+  easing_.setStartValue(card_.height());
+  easing_.setEndValue(height);
+  easing_.start();
+}
+
+void TodayWindow::setCardHeight(int height) {
+  card_.resize(card_.width(), height);
+  scrolled_.resize(card_.size());
+  const auto whole = kHeadingHeight + height + kMargin;
+  const bool scrolls = whole > tallest_;
+  scroll_.setVerticalScrollBarPolicy(scrolls ? Qt::ScrollBarAsNeeded : Qt::ScrollBarAlwaysOff);
+  setFixedSize(kMargin + card_.width() + kMargin, std::min(whole, tallest_));
+}
+
+void TodayWindow::setTallest(int height) {
+  tallest_ = height;
+  setCardHeight(card_.height());
+}
+
+void TodayWindow::open() {
+  const auto free = screenUnderPointer()->availableGeometry();
+  setTallest(free.height() - 2 * kScreenMargin);
+  if (!isVisible()) {
+    move(free.right() + 1 - kScreenMargin - width(), free.top() + kScreenMargin);
+  }
+  show();
+  raise();
+  activateWindow();
+}
+
+void TodayWindow::setNotice(const QString& notice) {
+  if (notice != notice_.text()) {
+    notice_.display({.text = notice.toStdString(),
+                     .color = kNoticeColor,
+                     .font = NSFont::systemFontOfSize(kNoticeSize)});
+  }
+  notice_.setVisible(!notice.isEmpty());
+}
+
+void TodayWindow::showDate() {
+  const auto today = QLocale().toString(QDate::currentDate(), "dddd, d MMMM");
+  if (today != date_.text()) date_.setText(today);
+}
+
+void TodayWindow::paintEvent(QPaintEvent* /*event*/) {
+  QPainter painter(this);
+  painter.setRenderHint(QPainter::Antialiasing);
+  painter.setPen(theme::panelEdge());
+  painter.setBrush(theme::panel());
+  const auto edge = QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5);
+  painter.drawRoundedRect(edge, theme::kCornerRadius, theme::kCornerRadius);
+}
+
+void TodayWindow::keyPressEvent(QKeyEvent* event) {
+  if (panel_.actOnKey(*event)) return;
+  if (event->key() == Qt::Key_Escape) return hide();
+  scrollByKey(*event);
+}
+
+void TodayWindow::scrollByKey(const QKeyEvent& event) {
+  auto& bar = *scroll_.verticalScrollBar();
+  if (event.key() == Qt::Key_PageUp) bar.triggerAction(QAbstractSlider::SliderPageStepSub);
+  if (event.key() == Qt::Key_PageDown) bar.triggerAction(QAbstractSlider::SliderPageStepAdd);
+}
+
+void TodayWindow::mousePressEvent(QMouseEvent* event) {
+  const bool onHeading = event->position().y() < kHeadingHeight;
+  if (onHeading && event->button() == Qt::LeftButton) windowHandle()->startSystemMove();
+}
+
+void TodayWindow::showEvent(QShowEvent* event) {
+  QWidget::showEvent(event);
+  showDate();
+  setFocus();
+  emit shown();
+}
+
+void TodayWindow::hideEvent(QHideEvent* event) {
+  QWidget::hideEvent(event);
+  if (easing_.state() == QAbstractAnimation::Running) {
+    easing_.stop();
+    setCardHeight(easing_.endValue().toInt());
+  }
+  emit hidden();
+}
+
+void TodayWindow::closeEvent(QCloseEvent* event) {
+  event->accept();
+  emit closeRequested();
+}
+
+}  // namespace Corvella

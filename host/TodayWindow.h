@@ -1,0 +1,78 @@
+#pragma once
+
+#include <QFrame>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QPushButton>
+#include <QScrollArea>
+#include <QString>
+#include <QVBoxLayout>
+#include <QVariantAnimation>
+#include <QWidget>
+
+#include "host/TextLabel.h"
+#include "host/WidgetPanel.h"
+
+namespace Corvella {
+
+/// The panel on the desktop: a heading, and below it the widget in a card that is as tall as the
+/// widget asks for and scrolls where the screen ends.
+class TodayWindow final : public QWidget {
+  Q_OBJECT
+
+ public:
+  TodayWindow();
+
+  /// Follows the widget's display; grows or shrinks to the size that it asks for.
+  void apply(const WidgetSnapshot& snapshot);
+
+  /// Shows the window at the top right of the screen that the pointer is on, and raises it.
+  void open();
+
+  /// A quiet line in the heading; none when empty.
+  void setNotice(const QString& notice);
+  /// Puts today's date into the heading.
+  void showDate();
+  /// Changes of height are eased unless this is off.
+  void setEased(bool eased) { eased_ = eased; }
+  /// The window grows no taller than this, in pixels; more is scrolled.
+  void setTallest(int height);
+
+  WidgetPanel& panel() { return panel_; }
+
+ signals:
+  void shown();
+  void hidden();
+  /// The user has asked to end the window, not just to put it away.
+  void closeRequested();
+
+ protected:
+  void paintEvent(QPaintEvent* event) override;
+  void keyPressEvent(QKeyEvent* event) override;
+  void mousePressEvent(QMouseEvent* event) override;
+  void showEvent(QShowEvent* event) override;
+  void hideEvent(QHideEvent* event) override;
+  void closeEvent(QCloseEvent* event) override;
+
+ private:
+  void layOut();
+  void setCardHeight(int height);
+  void easeCardHeightTo(int height);
+  void scrollByKey(const QKeyEvent& event);
+
+  QVBoxLayout layout_{this};
+  QHBoxLayout heading_;
+  QVBoxLayout lines_;  // Of the heading.
+  QLabel date_{this};
+  TextLabel notice_{this};
+  QPushButton close_{this};
+  QScrollArea scroll_{this};
+  QWidget scrolled_;
+  QFrame card_{&scrolled_};
+  WidgetPanel panel_{&card_};
+  QVariantAnimation easing_;
+  bool eased_ = true;
+  int tallest_ = QWIDGETSIZE_MAX;
+};
+
+}  // namespace Corvella

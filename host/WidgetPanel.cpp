@@ -1,0 +1,181 @@
+#include "host/WidgetPanel.h"
+
+#include <QKeyEvent>
+#include <cmath>
+#include <utility>
+#include <variant>
+
+#include "host/Accessibility.h"
+#include "host/ControlKeys.h"
+#include "host/LyricsText.h"
+#include "host/PictureView.h"
+#include "host/PositionBar.h"
+#include "host/PushButton.h"
+#include "host/StarRating.h"
+#include "host/TextLabel.h"
+#include "host/ValueSlider.h"
+
+namespace Corvella {
+
+namespace {
+
+/// From points with y upwards to pixels with y downwards.
+QRect pixelRect(const NSRect& frame, double height) {
+  const auto top = height - frame.origin.y - frame.size.height;
+  return QRectF(frame.origin.x, top, frame.size.width, frame.size.height).toRect();
+}
+
+QString toolTipOf(const ViewSnapshot& view) {
+  const QString keys(keyNames(view.identifier.c_str()));
+  if (keys.isEmpty()) return {};
+  const auto name = view.accessibilityLabel.empty()
+                        ? QString("Show or hide the lyrics")
+                        : QString::fromStdString(view.accessibilityLabel);
+  return QString("%1 (%2)").arg(name, keys);
+}
+
+void describe(QWidget& widget, const ViewSnapshot& view) {
+  const auto label = QString::fromStdString(view.accessibilityLabel);
+  // The name of a text is the text itself.
+  if (std::holds_alternative<TextFieldContent>(view.content)) {
+    widget.setAccessibleDescription(label);
+  } else if (!label.isEmpty()) {
+    widget.setAccessibleName(label);
+  }
+  if (const auto toolTip = toolTipOf(view); !toolTip.isEmpty()) widget.setToolTip(toolTip);
+}
+
+}  // namespace
+
+WidgetPanel::WidgetPanel(QWidget* parent) : QWidget(parent) {
+  makeControlsAccessible();
+}
+
+void WidgetPanel::apply(const WidgetSnapshot& snapshot) {
+  const bool moved = height_ != snapshot.size.height;
+  const auto growth = static_cast<int>(std::lround(snapshot.size.height - height_));
+  height_ = snapshot.size.height;
+  setFixedSize(QSizeF(snapshot.size.width, snapshot.size.height).toSize());
+  if (moved) {
+    // Frames are told from the bottom; views that stay where they are move with it.
+    for (const auto& [identifier, control] : controls_) {
+      control.widget->move(control.widget->x(), control.widget->y() + growth);
+    }
+  }
+  for (const auto& view : snapshot.views) applyView(view);
+}
+
+void WidgetPanel::applyView(const ViewSnapshot& view) {
+  const auto found = controls_.find(view.identifier);
+  if (found == controls_.end() || !isHeld(found->second)) return showView(view);
+  found->second.widget->setGeometry(pixelRect(view.frame, height_));
+  found->second.waiting = view;
+}
+
+bool WidgetPanel::isHeld(const Control& control) const {
+  return control.isDown() || control.lastInput > acknowledged_;
+}
+
+void WidgetPanel::acknowledge(quint64 input) {
+  acknowledged_ = input;
+  showWaiting();
+}
+
+void WidgetPanel::showWaiting() {
+  for (auto& [identifier, control] : controls_) {
+    if (!control.waiting || isHeld(control)) continue;
+    const auto view = std::exchange(control.waiting, std::nullopt);
+    showView(*view);
+  }
+}
+
+/// Shows a view by the kind of Qt widget that its content needs.
+struct WidgetPanel::Shower {
+  WidgetPanel& panel;
+  const ViewSnapshot& view;
+
+  void operator()(const PlainContent& /*content*/) const {}
+  void operator()(const TextFieldContent& content) const { show<TextLabel>(content); }
+  void operator()(const ButtonContent& content) const { show<PushButton>(content); }
+  void operator()(const SliderContent& content) const { show<ValueSlider>(content); }
+  void operator()(const RatingContent& content) const { show<StarRating>(content); }
+  void operator()(const ProgressContent& content) const { show<PositionBar>(content); }
+  void operator()(const ImageContent& content) const { show<PictureView>(content); }
+  void operator()(const TextContent& content) const { show<LyricsText>(content); }
+
+  template <typename Widget, typename Content>
+  void show(const Content& content) const {
+    auto& widget = panel.control<Widget>(view);
+    widget.setGeometry(pixelRect(view.frame, panel.height_));
+    widget.display(content);
+  }
+};
+
+void WidgetPanel::showView(const ViewSnapshot& view) {
+  std::visit(Shower{.panel = *this, .view = view}, view.content);
+}
+
+template <typename Widget>
+Widget& WidgetPanel::control(const ViewSnapshot& view) {
+  auto& control = controls_[view.identifier];
+  if (!control.widget) {
+    auto widget = std::make_unique<Widget>(this);
+    widget->setObjectName(QString::fromStdString(view.identifier));
+    describe(*widget, view);
+    connectInput(*widget, view.identifier);
+    widget->show();
+    control.widget = std::move(widget);
+  }
+  return dynamic_cast<Widget&>(*control.widget);
+}
+
+void WidgetPanel::connectInput(QWidget& /*widget*/, const std::string& /*identifier*/) {}
+
+void WidgetPanel::connectInput(PushButton& button, const std::string& identifier) {
+  connect(&button, &QPushButton::clicked, this,
+          [this, name = QString::fromStdString(identifier)] { emit clicked(name); });
+}
+
+void WidgetPanel::connectInput(ValueSlider& slider, const std::string& identifier) {
+  controls_[identifier].isDown = [&slider] { return slider.isSliderDown(); };
+  connect(&slider, &QSlider::valueChanged, this,
+          [this, identifier](int value) { choose(identifier, value); });
+  connect(&slider, &QSlider::sliderReleased, this, &WidgetPanel::showWaiting);
+}
+
+void WidgetPanel::connectInput(StarRating& rating, const std::string& identifier) {
+  controls_[identifier].isDown = [&rating] { return rating.isDown(); };
+  connect(&rating, &StarRating::starsChosen, this,
+          [this, identifier](int stars) { choose(identifier, stars); });
+  connect(&rating, &StarRating::released, this, &WidgetPanel::showWaiting);
+}
+
+void WidgetPanel::choose(const std::string& identifier, double value) {
+  auto& control = controls_[identifier];
+  control.lastInput = ++inputs_;
+  emit valueChosen(QString::fromStdString(identifier), value, inputs_);
+}
+
+bool WidgetPanel::actOnKey(const QKeyEvent& event) {
+  constexpr auto kModifiers = Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier;
+  if ((event.modifiers() & kModifiers) != Qt::NoModifier) return false;
+  for (const auto& key : controlKeys()) {
+    if (key.key != event.key()) continue;
+    const auto found = controls_.find(key.identifier);
+    if (found == controls_.end()) return false;
+    auto* const widget = found->second.widget.get();
+    using Act = ControlKey::Act;
+    if (auto* const button = dynamic_cast<PushButton*>(widget)) {
+      if (!event.isAutoRepeat()) button->click();
+    } else if (auto* const slider = dynamic_cast<ValueSlider*>(widget)) {
+      slider->triggerAction(key.act == Act::Raise ? QAbstractSlider::SliderSingleStepAdd
+                                                  : QAbstractSlider::SliderSingleStepSub);
+    } else if (auto* const rating = dynamic_cast<StarRating*>(widget)) {
+      rating->choose(key.value);
+    }
+    return true;
+  }
+  return false;
+}
+
+}  // namespace Corvella

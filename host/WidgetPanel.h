@@ -1,0 +1,73 @@
+#pragma once
+
+#include <QString>
+#include <QWidget>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "host/WidgetSnapshot.h"
+
+class QKeyEvent;
+
+namespace Corvella {
+
+class PushButton;
+class StarRating;
+class ValueSlider;
+
+/// The widget as Qt widgets: one control for each of its views, under the view's identifier as the
+/// object name, where and as large as the view is. As large itself as the widget.
+///
+/// A control that the user moves keeps what the user set: what the widget shows of it meanwhile
+/// waits until it is let go and the widget has answered (`acknowledge`).
+class WidgetPanel final : public QWidget {
+  Q_OBJECT
+
+ public:
+  explicit WidgetPanel(QWidget* parent);
+
+  void apply(const WidgetSnapshot& snapshot);
+
+  /// The widget has dealt with every `valueChosen` up to this input.
+  void acknowledge(quint64 input);
+
+  /// Does what a key asks for; false when it asks for nothing.
+  bool actOnKey(const QKeyEvent& event);
+
+ signals:
+  void clicked(const QString& identifier);
+  void valueChosen(const QString& identifier, double value, quint64 input);
+
+ private:
+  struct Shower;
+  struct Control {
+    std::unique_ptr<QWidget> widget;
+    std::function<bool()> isDown = [] { return false; };
+    quint64 lastInput = 0;
+    std::optional<ViewSnapshot> waiting;
+  };
+
+  void applyView(const ViewSnapshot& view);
+  void showView(const ViewSnapshot& view);
+  bool isHeld(const Control& control) const;
+  void showWaiting();
+  void choose(const std::string& identifier, double value);
+
+  template <typename Widget>
+  Widget& control(const ViewSnapshot& view);
+  void connectInput(QWidget& widget, const std::string& identifier);
+  void connectInput(PushButton& button, const std::string& identifier);
+  void connectInput(ValueSlider& slider, const std::string& identifier);
+  void connectInput(StarRating& rating, const std::string& identifier);
+
+  std::map<std::string, Control> controls_;
+  double height_ = 0;  // Of the widget, in points.
+  quint64 inputs_ = 0;
+  quint64 acknowledged_ = 0;
+};
+
+}  // namespace Corvella
