@@ -22,6 +22,7 @@
 #include "tests/support/Eventually.h"
 #include "tests/support/PrivateBus.h"
 #include "tests/support/RealMpv.h"
+#include "tests/support/ScriptGate.h"
 #include "tests/support/ScriptedStack.h"
 #include "tests/support/TaggedTrack.h"
 #include "tests/support/TemporaryFolder.h"
@@ -104,47 +105,6 @@ class WatchingHost final : public WidgetHost {
   std::uint64_t answered_ = 0;
 };
 
-/// Lets scripts through to a player, and holds them up while it is closed.
-class Gate final : public ScriptRunner {
- public:
-  explicit Gate(ScriptRunner& runner) : runner_(runner) {}
-
-  std::unique_ptr<NSAppleScript> initWithSource(std::string source) override {
-    std::unique_lock lock(mutex_);
-    scripts_.push_back(source);
-    opened_.notify_all();
-    opened_.wait(lock, [this] { return open_; });
-    return runner_.initWithSource(std::move(source));
-  }
-  void close() { setOpen(false); }
-  void open() { setOpen(true); }
-  /// Waits for a script with that ending among those after the first `from`.
-  bool waitForScript(const std::string& ending, std::ptrdiff_t from = 0) {
-    std::unique_lock lock(mutex_);
-    return opened_.wait_for(lock, 20s, [&] {
-      return std::any_of(scripts_.begin() + from, scripts_.end(),
-                         [&](const std::string& script) { return script.ends_with(ending); });
-    });
-  }
-  std::vector<std::string> scripts() {
-    const std::lock_guard lock(mutex_);
-    return scripts_;
-  }
-
- private:
-  void setOpen(bool open) {
-    const std::lock_guard lock(mutex_);
-    open_ = open;
-    opened_.notify_all();
-  }
-
-  ScriptRunner& runner_;
-  std::mutex mutex_;
-  std::condition_variable opened_;
-  bool open_ = true;
-  std::vector<std::string> scripts_;
-};
-
 class AnExtension : public testing::Test {
  protected:
   HostServices services(ScriptRunner& runner) {
@@ -163,7 +123,7 @@ class AnExtension : public testing::Test {
   QtTextMeasurer measurer_;
   EmbeddedPlayer player_{clock_, bundle_};
   PlayerScriptRunner runner_{player_, shippedTargets()};
-  Gate gate_{runner_};
+  ScriptGate gate_{runner_};
   WatchingHost host_;
 };
 
