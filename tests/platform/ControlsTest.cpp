@@ -1,8 +1,8 @@
 #include <cstdint>
-#include <functional>
 #include <limits>
 #include <memory>
 #include <stdexcept>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -14,7 +14,6 @@
 #include "platform/appkit/NSTextField.h"
 #include "tests/support/FixedFontFinder.h"
 #include "tests/support/FixedTextMeasurer.h"
-#include "tests/support/RowName.h"
 
 namespace {
 
@@ -31,45 +30,31 @@ struct ValueRow {
   std::int64_t integer;
 };
 
-class ASliderOfSomeRange : public testing::TestWithParam<ValueRow> {};
-
-TEST_P(ASliderOfSomeRange, KeepsItsValueInside) {
-  const auto& row = GetParam();
-  NSSlider slider;
-  slider.setMinValue(row.minValue);
-  slider.setMaxValue(row.maxValue);
-  slider.setDoubleValue(row.given);
-  EXPECT_EQ(slider.doubleValue(), row.expected);
-  EXPECT_EQ(slider.integerValue(), row.integer);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    , ASliderOfSomeRange,
-    testing::Values(ValueRow{"Inside", 0, 100, 37, 37, 37},
-                    ValueRow{"CutOffNotRounded", 0, 100, 2.9, 2.9, 2},
-                    ValueRow{"CutOffTowardsZero", -5, 5, -2.9, -2.9, -2},
-                    ValueRow{"Above", 0, 100, 101, 100, 100}, ValueRow{"Below", 0, 100, -1, 0, 0},
-                    ValueRow{"Infinite", 0, 100, infinity, 100, 100},
-                    ValueRow{"MinusInfinite", 10, 100, -infinity, 10, 10},
-                    ValueRow{"NotANumber", 10, 100, notANumber, 10, 10},
-                    ValueRow{"EndsTheWrongWayRound", 10, 5, 20, 10, 10},
-                    ValueRow{"BeyondIntegers", 0, 1e300, 1e19, 1e19, Integers::max()},
-                    ValueRow{"BelowIntegers", -1e300, 0, -1e19, -1e19, Integers::min()}),
-    rowName);
-
-TEST(ASlider, TakesTheLargestAndSmallestIntegers) {
-  NSSlider slider;
-  slider.setMaxValue(100);
-  slider.setIntegerValue(Integers::max());
-  EXPECT_EQ(slider.integerValue(), 100);
-  slider.setIntegerValue(Integers::min());
-  EXPECT_EQ(slider.integerValue(), 0);
+TEST(ASlider, KeepsItsValueInsideItsRange) {
+  const std::vector<ValueRow> rows{{"cut off not rounded", 0, 100, 2.9, 2.9, 2},
+                                   {"cut off towards zero", -5, 5, -2.9, -2.9, -2},
+                                   {"above", 0, 100, 101, 100, 100},
+                                   {"below", 0, 100, -1, 0, 0},
+                                   {"infinite", 0, 100, infinity, 100, 100},
+                                   {"minus infinite", 10, 100, -infinity, 10, 10},
+                                   {"not a number", 10, 100, notANumber, 10, 10},
+                                   {"ends the wrong way round", 10, 5, 20, 10, 10},
+                                   {"beyond integers", 0, 1e300, 1e19, 1e19, Integers::max()},
+                                   {"below integers", -1e300, 0, -1e19, -1e19, Integers::min()}};
+  for (const auto& row : rows) {
+    NSSlider slider;
+    slider.setMinValue(row.minValue);
+    slider.setMaxValue(row.maxValue);
+    slider.setDoubleValue(row.given);
+    EXPECT_EQ(slider.doubleValue(), row.expected) << row.name;
+    EXPECT_EQ(slider.integerValue(), row.integer) << row.name;
+  }
 }
 
 TEST(ASlider, MovesItsValueIntoANewRange) {
   NSSlider slider;
   slider.setMaxValue(100);
-  slider.setDoubleValue(80);
+  slider.setIntegerValue(Integers::max());
   slider.setMaxValue(50);
   EXPECT_EQ(slider.doubleValue(), 50);
   slider.setMaxValue(notANumber);
@@ -79,17 +64,13 @@ TEST(ASlider, MovesItsValueIntoANewRange) {
   EXPECT_EQ(slider.doubleValue(), 60);
 }
 
-TEST(AProgressIndicator, KeepsAValueThatItsRangeReachesLater) {
+TEST(AProgressIndicator, KeepsItsValueAndDrawsAFractionOfAnyRange) {
   NSProgressIndicator bar;
   bar.setDoubleValue(150);
   EXPECT_EQ(bar.fraction(), 1);
   bar.setMaxValue(300);
   EXPECT_EQ(bar.doubleValue(), 150);
   EXPECT_EQ(bar.fraction(), 0.5);
-}
-
-TEST(AProgressIndicator, DrawsAFractionOfAnyRange) {
-  NSProgressIndicator bar;
   bar.setDoubleValue(notANumber);
   EXPECT_EQ(bar.doubleValue(), 0);
   bar.setDoubleValue(-1);
@@ -105,72 +86,42 @@ TEST(AProgressIndicator, DrawsAFractionOfAnyRange) {
   EXPECT_EQ(bar.fraction(), 0);
 }
 
-struct ChangeRow {
-  const char* name;
-  std::function<std::shared_ptr<NSView>()> make;
-  std::function<void(NSView&)> change;
-};
-
-template <class Control>
-ChangeRow changeOf(const char* name, std::function<void(Control&)> change) {
-  return {.name = name,
-          .make = [] { return std::make_shared<Control>(); },
-          .change = [change](NSView& view) { change(dynamic_cast<Control&>(view)); }};
-}
-
-class AControlThatIsChanged : public testing::TestWithParam<ChangeRow> {};
-
-TEST_P(AControlThatIsChanged, IsMarkedForDisplayByTheFirstChangeOnly) {
-  const auto view = GetParam().make();
+template <class View, class Change>
+void expectMarkedByTheFirst(const char* name, Change change) {
+  SCOPED_TRACE(name);
+  const auto view = std::make_shared<View>();
   EXPECT_TRUE(view->needsDisplay());
   for (const bool expected : {true, false}) {
     view->setNeedsDisplay(false);
-    GetParam().change(*view);
+    change(*view);
     EXPECT_EQ(view->needsDisplay(), expected);
   }
 }
 
-const auto picture = std::make_shared<const NSImage>();
-
-INSTANTIATE_TEST_SUITE_P(
-    , AControlThatIsChanged,
-    testing::Values(
-        changeOf<NSTextField>("Text", [](auto& field) { field.setStringValue("♫"); }),
-        changeOf<NSButton>("Title", [](auto& button) { button.setTitle("▶"); }),
-        changeOf<NSButton>("Enabled", [](auto& button) { button.setEnabled(false); }),
-        changeOf<NSView>("Hidden", [](auto& view) { view.setHidden(true); }),
-        changeOf<NSView>("Frame", [](auto& view) { view.setFrame(NSMakeRect(1, 0, 0, 0)); }),
-        changeOf<NSImageView>("Image", [](auto& view) { view.setImage(picture); }),
-        changeOf<NSSlider>("SliderValue", [](auto& slider) { slider.setIntegerValue(1); }),
-        changeOf<NSSlider>("SliderRange", [](auto& slider) { slider.setMaxValue(100); }),
-        changeOf<NSProgressIndicator>("BarValue", [](auto& bar) { bar.setDoubleValue(5); }),
-        changeOf<NSProgressIndicator>("BarRange", [](auto& bar) { bar.setMaxValue(5); })),
-    rowName);
+TEST(AControlThatIsChanged, IsMarkedForDisplayByTheFirstChangeOnly) {
+  const auto picture = std::make_shared<const NSImage>();
+  expectMarkedByTheFirst<NSTextField>("text", [](auto& field) { field.setStringValue("♫"); });
+  expectMarkedByTheFirst<NSButton>("title", [](auto& button) { button.setTitle("▶"); });
+  expectMarkedByTheFirst<NSButton>("enabled", [](auto& button) { button.setEnabled(false); });
+  expectMarkedByTheFirst<NSView>("hidden", [](auto& view) { view.setHidden(true); });
+  expectMarkedByTheFirst<NSView>("frame", [](auto& v) { v.setFrame(NSMakeRect(1, 0, 0, 0)); });
+  expectMarkedByTheFirst<NSImageView>("image", [&](auto& view) { view.setImage(picture); });
+  expectMarkedByTheFirst<NSSlider>("value", [](auto& slider) { slider.setIntegerValue(1); });
+  expectMarkedByTheFirst<NSSlider>("range", [](auto& slider) { slider.setMaxValue(100); });
+  expectMarkedByTheFirst<NSProgressIndicator>("value", [](auto& b) { b.setDoubleValue(5); });
+  expectMarkedByTheFirst<NSProgressIndicator>("range", [](auto& b) { b.setMaxValue(5); });
+}
 
 TEST(ALevelIndicator, IsMarkedForDisplayWhenItsCellChanges) {
   const auto indicator = std::make_shared<NSLevelIndicator>();
   const auto cell = NSLevelIndicatorCell::initWithLevelIndicatorStyle(NSRatingLevelIndicatorStyle);
   indicator->setCell(cell);
-  indicator->setNeedsDisplay(false);
-  cell->setHighlighted(false);
-  EXPECT_FALSE(indicator->needsDisplay());
-  cell->setHighlighted(true);
-  EXPECT_TRUE(indicator->needsDisplay());
-}
-
-TEST(ALevelIndicatorCell, IsNullForAStyleThatThePlatformDoesNotHave) {
+  for (const bool highlighted : {false, true}) {
+    indicator->setNeedsDisplay(false);
+    cell->setHighlighted(highlighted);
+    EXPECT_EQ(indicator->needsDisplay(), highlighted);
+  }
   EXPECT_EQ(NSLevelIndicatorCell::initWithLevelIndicatorStyle(NSLevelIndicatorStyle{4}), nullptr);
-}
-
-TEST(ALevelIndicatorOfAnInterfaceFile, TakesItsRangeAndValueFromItsCell) {
-  const FixedTextMeasurer measurer;
-  const FixedFontFinder fonts;
-  NSCoder coder("Some.xib:1", measurer, fonts);
-  auto& cell = coder.encodeChild("cell", "Some.xib:2");
-  cell.encodeString("maxValue", "5");
-  cell.encodeString("doubleValue", "9");
-  const NSLevelIndicator indicator(coder);
-  EXPECT_EQ(indicator.integerValue(), 5);
 }
 
 TEST(AButton, SendsItsActionWhenClickedAndEnabled) {
@@ -191,18 +142,29 @@ TEST(AButton, SendsItsActionWhenClickedAndEnabled) {
   EXPECT_FALSE(button.sendAction());
 }
 
-TEST(ATextFieldOfAnInterfaceFile, FallsBackWhereAFontIsMissingAndRefusesUnknownWords) {
-  const FixedTextMeasurer measurer;
-  const FixedFontFinder fonts{"Installed"};
-  NSCoder coder("Some.xib:1", measurer, fonts);
-  auto& font = coder.encodeChild("font", "Some.xib:2");
+class AControlOfAnInterfaceFile : public testing::Test {
+ protected:
+  FixedTextMeasurer measurer_;
+  FixedFontFinder fonts_{"Installed"};
+  NSCoder coder_{"Some.xib:1", measurer_, fonts_};
+};
+
+TEST_F(AControlOfAnInterfaceFile, TakesItsRangeAndValueFromItsCell) {
+  auto& cell = coder_.encodeChild("cell", "Some.xib:2");
+  cell.encodeString("maxValue", "5");
+  cell.encodeString("doubleValue", "9");
+  EXPECT_EQ(NSLevelIndicator(coder_).integerValue(), 5);
+}
+
+TEST_F(AControlOfAnInterfaceFile, FallsBackWhereAFontIsMissingAndRefusesUnknownWords) {
+  auto& font = coder_.encodeChild("font", "Some.xib:2");
   font.encodeString("name", "Installed");
   font.encodeString("size", "15");
-  EXPECT_EQ(NSTextField(coder).font()->pointSize(), 15);
+  EXPECT_EQ(NSTextField(coder_).font()->pointSize(), 15);
   font.encodeString("name", "Missing");
-  EXPECT_EQ(NSTextField(coder).font(), nullptr);
-  coder.encodeString("alignment", "centre");
-  EXPECT_THROW(NSTextField{coder}, std::runtime_error);
+  EXPECT_EQ(NSTextField(coder_).font(), nullptr);
+  coder_.encodeString("alignment", "centre");
+  EXPECT_THROW(NSTextField{coder_}, std::runtime_error);
 }
 
 }  // namespace

@@ -1,59 +1,55 @@
 #include <chrono>
+#include <cstdint>
 #include <limits>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
 #include "platform/foundation/NSAppleEventDescriptor.h"
 #include "platform/foundation/NSAppleScript.h"
-#include "tests/support/RowName.h"
 
 namespace {
 
 using Descriptor = NSAppleEventDescriptor;
 using std::chrono::microseconds;
 
+using Number = std::numeric_limits<std::int32_t>;
+
+const auto text = &Descriptor::descriptorWithString;
+const auto real = &Descriptor::descriptorWithReal;
+
 struct ValueRow {
-  std::string name;
   Descriptor value;
   std::optional<std::string> text;
   std::int32_t number;
 };
 
-class ADescriptor : public testing::TestWithParam<ValueRow> {};
-
-TEST_P(ADescriptor, ReadsAsTextAndAsNumber) {
-  EXPECT_EQ(GetParam().value.stringValue(), GetParam().text);
-  EXPECT_EQ(GetParam().value.int32Value(), GetParam().number);
+TEST(ADescriptor, ReadsAsTextAndAsNumber) {
+  const std::vector<ValueRow> rows{
+      {Descriptor::nullDescriptor(), {}, 0},
+      {Descriptor::descriptorWithInt32(-7), "-7", -7},
+      {Descriptor::descriptorWithBoolean(true), "true", 1},
+      {Descriptor::listDescriptor({text("3")}), {}, 0},
+      {Descriptor::descriptorWithData({std::byte(65)}), {}, 0},
+      {text("-2.6"), "-2.6", -3},
+      {text("99999999999"), "99999999999", Number::max()},
+      {text("60 stars"), "60 stars", 0},
+      {text("inf"), "inf", 0},
+      {text(""), "", 0},
+      {real(microseconds(12'345'011)), "12.345011", 12},
+      {real(std::chrono::seconds(215)), "215.0", 215},
+      {real(microseconds(1)), "0.000001", 0},
+      {real(microseconds(2'500'000)), "2.5", 3},
+      {real(microseconds(-30'000)), "-0.03", 0},
+      {real(microseconds::max()), "9223372036854.775807", Number::max()},
+      {real(microseconds::min()), "-9223372036854.775808", Number::min()}};
+  for (const auto& row : rows) {
+    EXPECT_EQ(row.value.stringValue(), row.text);
+    EXPECT_EQ(row.value.int32Value(), row.number) << row.text.value_or("no text");
+  }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    OfEachKind, ADescriptor,
-    testing::Values(
-        ValueRow{"Null", Descriptor::nullDescriptor(), {}, 0},
-        ValueRow{"Integer", Descriptor::descriptorWithInt32(-7), "-7", -7},
-        ValueRow{"True", Descriptor::descriptorWithBoolean(true), "true", 1},
-        ValueRow{"List", Descriptor::listDescriptor({Descriptor::descriptorWithInt32(3)}), {}, 0},
-        ValueRow{"Data", Descriptor::descriptorWithData({std::byte(65)}), {}, 0},
-        ValueRow{"Text", Descriptor::descriptorWithString("60"), "60", 60},
-        ValueRow{"TextRounded", Descriptor::descriptorWithString("-2.6"), "-2.6", -3},
-        ValueRow{"TextTooLarge", Descriptor::descriptorWithString("99999999999"), "99999999999",
-                 std::numeric_limits<std::int32_t>::max()},
-        ValueRow{"TextNoNumber", Descriptor::descriptorWithString("60 stars"), "60 stars", 0},
-        ValueRow{"TextInfinity", Descriptor::descriptorWithString("inf"), "inf", 0},
-        ValueRow{"TextEmpty", Descriptor::descriptorWithString(""), "", 0},
-        ValueRow{"RealExact", Descriptor::descriptorWithReal(microseconds(12'345'011)), "12.345011",
-                 12},
-        ValueRow{"RealWhole", Descriptor::descriptorWithReal(std::chrono::seconds(215)), "215.0",
-                 215},
-        ValueRow{"RealTiny", Descriptor::descriptorWithReal(microseconds(1)), "0.000001", 0},
-        ValueRow{"RealHalf", Descriptor::descriptorWithReal(microseconds(2'500'000)), "2.5", 3},
-        ValueRow{"RealNegative", Descriptor::descriptorWithReal(microseconds(-30'000)), "-0.03", 0},
-        ValueRow{"RealLongest", Descriptor::descriptorWithReal(microseconds::max()),
-                 "9223372036854.775807", std::numeric_limits<std::int32_t>::max()},
-        ValueRow{"RealLowest", Descriptor::descriptorWithReal(microseconds::min()),
-                 "-9223372036854.775808", std::numeric_limits<std::int32_t>::min()}),
-    rowName);
 
 TEST(AListDescriptor, CountsItsItemsFromOne) {
   const auto list = Descriptor::listDescriptor(

@@ -1,6 +1,8 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include <gmock/gmock.h>
 
@@ -11,7 +13,6 @@
 #include "platform/foundation/NSPropertyList.h"
 #include "platform/notification_center/NCWidgetProviding.h"
 #include "platform/notification_center/NSExtensionMain.h"
-#include "tests/support/RowName.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace {
@@ -54,59 +55,40 @@ TEST_F(AnExtension, StartsAsItsPropertyListSays) {
   EXPECT_TRUE(controller->isViewLoaded());
 }
 
-struct FaultRow {
-  const char* name;
-  std::string extension;
-  const char* error;
-};
-
-class AFaultyExtension : public AnExtension, public testing::WithParamInterface<FaultRow> {
- protected:
-  std::string errorOf(const Corvella::TemporaryFolder& folder) const {
-    try {
-      NSExtensionMain(NSBundle(folder.path()), classes_);
-      return "no error";
-    } catch (const std::runtime_error& error) {
-      return error.what();
-    }
-  }
-};
-
-TEST_P(AFaultyExtension, IsRefusedWithTheNameOfItsPropertyListAndTheFault) {
-  const Corvella::TemporaryFolder folder;
-  const auto file = folder.write("Info.plist", "<plist><dict><key>NSExtension</key>" +
-                                                   GetParam().extension + "</dict></plist>");
-  EXPECT_EQ(errorOf(folder), file.string() + ": " + GetParam().error);
-}
-
 std::string extensionOf(const std::string& point, const std::string& principal) {
   return "<dict><key>NSExtensionPointIdentifier</key><string>" + point +
          "</string><key>NSExtensionPrincipalClass</key>" + principal + "</dict>";
 }
 
-FaultRow withPrincipal(const char* name, const std::string& principal, const char* error) {
-  return {name, extensionOf("com.apple.widget-extension", principal), error};
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    , AFaultyExtension,
-    testing::Values(
-        FaultRow{"NoDictionary", "<true/>", "NSExtension has no text 'NSExtensionPointIdentifier'"},
-        FaultRow{"AnotherPoint", extensionOf("com.apple.share-services", "<string/>"),
-                 "unknown extension point 'com.apple.share-services'"},
-        withPrincipal("NoPrincipalClass", "<true/>",
-                      "NSExtension has no text 'NSExtensionPrincipalClass'"),
-        withPrincipal("UnknownClass", "<string>Corvella.Gone</string>",
-                      "unknown principal class 'Corvella.Gone'"),
-        withPrincipal("ClassThatOnlyFilesCreate", "<string>Corvella.View</string>",
-                      "unknown principal class 'Corvella.View'"),
-        withPrincipal("NoWidget", "<string>Corvella.NoWidget</string>",
-                      "the principal class is not a widget's view controller 'Corvella.NoWidget'")),
-    rowName);
-
-TEST_F(AFaultyExtension, IsRefusedWithoutAPropertyList) {
-  const Corvella::TemporaryFolder folder;
-  EXPECT_EQ(errorOf(folder), (folder.path() / "Info.plist").string() + ": cannot be read");
+TEST_F(AnExtension, IsRefusedWithTheNameOfItsPropertyListAndTheFault) {
+  constexpr auto widget = "com.apple.widget-extension";
+  const std::vector<std::pair<std::string, std::string>> rows{
+      {"", "cannot be read"},
+      {"<true/>", "NSExtension has no text 'NSExtensionPointIdentifier'"},
+      {extensionOf("com.apple.share-services", "<string/>"),
+       "unknown extension point 'com.apple.share-services'"},
+      {extensionOf(widget, "<true/>"), "NSExtension has no text 'NSExtensionPrincipalClass'"},
+      {extensionOf(widget, "<string>Corvella.Gone</string>"),
+       "unknown principal class 'Corvella.Gone'"},
+      // Only interface files create this one.
+      {extensionOf(widget, "<string>Corvella.View</string>"),
+       "unknown principal class 'Corvella.View'"},
+      {extensionOf(widget, "<string>Corvella.NoWidget</string>"),
+       "the principal class is not a widget's view controller 'Corvella.NoWidget'"}};
+  for (const auto& [extension, fault] : rows) {
+    const Corvella::TemporaryFolder folder;
+    const auto file = folder.path() / "Info.plist";
+    if (!extension.empty()) {
+      folder.write("Info.plist",
+                   "<plist><dict><key>NSExtension</key>" + extension + "</dict></plist>");
+    }
+    try {
+      NSExtensionMain(NSBundle(folder.path()), classes_);
+      ADD_FAILURE() << "was started; expected: " << fault;
+    } catch (const std::runtime_error& error) {
+      EXPECT_EQ(error.what(), file.string() + ": " + fault);
+    }
+  }
 }
 
 }  // namespace

@@ -1,9 +1,10 @@
-#include <cstddef>
 #include <memory>
 #include <span>
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include <gmock/gmock.h>
 
@@ -16,39 +17,31 @@
 #include "tests/support/FixedFontFinder.h"
 #include "tests/support/FixedTextMeasurer.h"
 #include "tests/support/RecordingOwner.h"
-#include "tests/support/RowName.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace {
 
 using testing::ElementsAre;
 
-constexpr std::string_view frame = R"(<rect key="frame" x="1" y="2" width="3" height="4"/>)";
-
-constexpr std::string_view documentStart =
+constexpr auto documentStart =
     R"(<document type="com.apple.InterfaceBuilder3.Cocoa.XIB" version="3.0">)";
 
+/// The text with a frame for every "{frame}".
+std::string framed(std::string xml) {
+  constexpr std::string_view mark = "{frame}";
+  for (auto at = xml.find(mark); at != std::string::npos; at = xml.find(mark, at)) {
+    xml.replace(at, mark.size(), R"(<rect key="frame" x="1" y="2" width="3" height="4"/>)");
+  }
+  return xml;
+}
+
 /// A document whose owner has `outlets` on line 2 and whose root view has `views` on line 4.
-std::string documentOf(std::string_view outlets, std::string_view views) {
-  return std::string(documentStart)
-      .append("<objects>\n<customObject id=\"-2\" customClass=\"Owner\" customModule=\"Tests\">")
-      .append("<connections><outlet property=\"view\" destination=\"root\"/>")
-      .append(outlets)
-      .append("</connections></customObject>\n<customView id=\"root\">")
-      .append(frame)
-      .append("<subviews>\n")
-      .append(views)
-      .append("\n</subviews></customView></objects></document>\n");
-}
-
-/// An element of that name and these attributes, with a frame and then `rest`.
-std::string element(const std::string& name, const std::string& attributes,
-                    const std::string& rest = {}) {
-  return "<" + name + " " + attributes + ">" + std::string(frame) + rest + "</" + name + ">";
-}
-
-std::string button(const std::string& attributes, const std::string& rest = {}) {
-  return element("button", attributes, "<buttonCell key=\"cell\" title=\"Go\"/>" + rest);
+std::string documentOf(const std::string& outlets, const std::string& views) {
+  return framed(documentStart + std::string(R"(<objects>
+<customObject id="-2" customClass="Owner" customModule="Tests"><connections>)") +
+                R"(<outlet property="view" destination="root"/>)" + outlets +
+                "</connections></customObject>\n<customView id=\"root\">{frame}<subviews>\n" +
+                views + "\n</subviews></customView></objects></document>\n");
 }
 
 /// Has, besides its view, the outlet "button" and the action "go:".
@@ -119,9 +112,9 @@ TEST_F(AnInterfaceFile, WakesItsObjectsWhenAllAreConnectedAndTheOwnerLast) {
                                                 return std::make_shared<WakingView>(coder, owner);
                                               },
                                           .isKindOfClass = nullptr});
-  const std::string views =
-      element("customView", R"(id="1" customClass="Waking" customModule="Tests" identifier="a")") +
-      element("customView", R"(id="2" customClass="Waking" customModule="Tests" identifier="b")");
+  constexpr auto views = R"(
+<customView id="1" customClass="Waking" customModule="Tests" identifier="a">{frame}</customView>
+<customView id="2" customClass="Waking" customModule="Tests" identifier="b">{frame}</customView>)";
   load(documentOf(R"(<outlet property="some" destination="1"/>)", views), owner);
   EXPECT_THAT(owner.events,
               ElementsAre("outlet some", "outlet view", "a awake", "b awake", "owner awake"));
@@ -131,8 +124,7 @@ TEST_F(AnInterfaceFile, WakesItsObjectsWhenAllAreConnectedAndTheOwnerLast) {
 
 TEST_F(AnInterfaceFile, LeavesNoViewBehindWhenItFails) {
   const Corvella::TemporaryFolder folder;
-  folder.write("Bad.xib",
-               documentOf(R"(<outlet property="gone" destination="1"/>)", button("id=\"1\"")));
+  folder.write("Bad.xib", documentOf(R"(<outlet property="gone" destination="root"/>)", ""));
   const auto bundle = std::make_shared<NSBundle>(folder.path());
   PickyOwner owner(loader_, "Bad", bundle);
   EXPECT_THROW(owner.view(), std::runtime_error);
@@ -155,155 +147,117 @@ TEST_F(AnInterfaceFile, IsLookedForInTheOwnersBundleAndElseInTheMainOne) {
   }
 }
 
-struct FaultRow {
-  const char* name;
-  std::string xml;
-  const char* error;
+/// What is wrong in a file, and what the error says after its name.
+using Faults = std::vector<std::pair<std::string, std::string>>;
+
+class AFaultyInterfaceFile : public AnInterfaceFile {
+ protected:
+  /// Expects each fault to be found in the file that `makeFile` makes with it.
+  template <typename MakeFile>
+  void expectErrors(const Faults& faults, MakeFile makeFile) {
+    for (const auto& [xml, error] : faults) {
+      PickyOwner owner(loader_);
+      EXPECT_EQ(errorOf(makeFile(xml), owner), "Some.xib:" + error);
+    }
+  }
 };
 
-class AFaultyInterfaceFile : public AnInterfaceFile,
-                             public testing::WithParamInterface<FaultRow> {};
-
-TEST_P(AFaultyInterfaceFile, IsRefusedWithItsNameTheLineAndTheFault) {
-  PickyOwner owner(loader_);
-  EXPECT_EQ(errorOf(GetParam().xml, owner), std::string("Some.xib:") + GetParam().error);
+TEST_F(AFaultyInterfaceFile, IsRefusedWhereItsDocumentIsNotOne) {
+  const Faults whole{{"", "1: No document element found"},
+                     {"<document>\n<objects>\n</document>\n", "3: Start-end tags mismatch"},
+                     {"\n<plist/>", "2: unknown element 'plist'"},
+                     {"<document/>", "1: <document> has no attribute 'type'"},
+                     {R"(<document type="iOS"/>)", "1: unknown type of document 'iOS'"},
+                     {R"(<document type="com.apple.InterfaceBuilder3.Cocoa.XIB" version="2.0"/>)",
+                      "1: unknown version '2.0'"}};
+  expectErrors(whole, [](const std::string& xml) { return xml; });
+  const Faults parts{{"<classes/>", "2: unknown element 'classes'"},
+                     {R"(<objects><customObject id="-2" customClass="Nobody"/></objects>)",
+                      "2: unknown class 'Nobody'"},
+                     {R"(<objects><customObject id="-2" customClass="Tests.Other"/></objects>)",
+                      "2: the owner is not a 'Tests.Other'"},
+                     {R"(<objects><customObject id="7"/></objects>)", "2: unknown object '7'"}};
+  expectErrors(parts, [](const std::string& xml) {
+    return documentStart + std::string("\n") + xml + "</document>";
+  });
 }
 
-FaultRow inDocument(const char* name, const std::string& parts, const char* error) {
-  return {name, std::string(documentStart) + "\n" + parts + "</document>", error};
+TEST_F(AFaultyInterfaceFile, IsRefusedWhereAViewIsNoneThatItKnows) {
+  const Faults faults{
+      {"<popUpButton/>", "4: unknown element 'popUpButton'"},
+      {"<customView>{frame}\n<constraints/></customView>", "5: unknown element 'constraints'"},
+      {R"(<textView>{frame}<font key="font"><size/></font></textView>)",
+       "4: unknown element 'size'"},
+      {R"(<slider>{frame}<buttonCell key="cell"/></slider>)", "4: unknown element 'buttonCell'"},
+      {R"(<textView>{frame}<color key="textColour"/></textView>)", "4: unknown key 'textColour'"},
+      {R"(<slider>{frame}<sliderCell key="knob"/></slider>)", "4: unknown key 'knob'"},
+      {"<textView>{frame}\n{frame}</textView>", "5: a second element for the key 'frame'"},
+      {"<textView>{frame}la la</textView>", "4: text within the element 'textView'"},
+      {R"(<textView customClass="Poem" customModule="Corvella">{frame}</textView>)",
+       "4: unknown class 'Corvella.Poem'"},
+      {R"(<textView customClass="Other" customModule="Tests">{frame}</textView>)",
+       "4: <textView> cannot be a 'Tests.Other'"},
+      {R"(<customView customClass="Owner" customModule="Tests">{frame}</customView>)",
+       "4: <customView> cannot be a 'Tests.Owner'"},
+      {R"(<slider>{frame}<sliderCell key="cell" customClass="Tests.Other"/></slider>)",
+       "4: a cell that cannot have a class of its own 'Tests.Other'"},
+      {R"(<levelIndicator>{frame}<levelIndicatorCell key="cell" customClass="Tests.Other"/>
+</levelIndicator>)",
+       "4: <levelIndicatorCell> cannot be a 'Tests.Other'"},
+      {"<slider>{frame}</slider>", "4: an element without its 'sliderCell'"},
+      {"<textView/>", "4: an element without its 'frame'"},
+      {R"(<textView><rect key="frame" x="1" y="1" width="1"/></textView>)",
+       "4: height: is missing"},
+      {R"(<textView>
+<rect key="frame" x="1" y="one" width="1" height="1"/></textView>)",
+       "5: y: is not a number: \"one\""},
+      {R"(<textView><rect key="frame" x="-1" y="1" width="-1" height="1"/></textView>)",
+       "4: width: is below zero"},
+      {R"(<slider>{frame}<sliderCell key="cell" maxValue="1,5"/></slider>)",
+       "4: maxValue: is not a number: \"1,5\""},
+      {R"(<textView id="root">{frame}</textView>)", "4: a second object has the id 'root'"},
+      {R"(<textView>{frame}<connections>
+<action selector="go:" target="-2"/></connections></textView>)",
+       "5: not a control, so it has no action 'go:'"}};
+  expectErrors(faults, [](const std::string& view) { return documentOf("", view); });
 }
 
-FaultRow inView(const char* name, const std::string& view, const char* error) {
-  return {name, documentOf("", view), error};
+TEST_F(AFaultyInterfaceFile, IsRefusedWhereAnOutletCannotBeConnected) {
+  const Faults faults{
+      {R"(<outlet property="buton" destination="go"/>)", "2: unknown outlet 'buton'"},
+      {R"(<outlet property="button" destination="box"/>)",
+       "2: an object of the wrong class for the outlet 'button'"},
+      {R"(<outlet property="button" destination="go"/>
+<outlet property="button" destination="go"/>)",
+       "3: a second object for the outlet 'button'"},
+      {R"(<outlet property="button" destination="gone"/>)", "2: no object has the id 'gone'"},
+      {R"(<outlet property="button" destination="-2"/>)", "2: no object has the id '-2'"},
+      {R"(<outlet property="button"/>)", "2: <outlet> has no attribute 'destination'"},
+      {R"(<action selector="go:" target="-2"/>)", "2: unknown element 'action'"}};
+  expectErrors(faults, [](const std::string& outlet) {
+    return documentOf(outlet, R"(<button id="go">{frame}<buttonCell key="cell"/></button>
+<customView id="box">{frame}</customView>)");
+  });
 }
 
-FaultRow inOutlet(const char* name, const std::string& outlet, const char* error) {
-  return {name, documentOf(outlet, button("id=\"go\"") + element("customView", "id=\"box\"")),
-          error};
+TEST_F(AFaultyInterfaceFile, IsRefusedWhereAnActionCannotBeConnected) {
+  const Faults faults{
+      {R"(<action selector="come:" target="-2"/>)", "5: unknown action 'come:'"},
+      {R"(<action selector="slide:" target="-2"/>)",
+       "5: a control of the wrong class for the action 'slide:'"},
+      {R"(<action selector="go:" target="-1"/>)", "5: only the owner is a target, not '-1'"},
+      {R"(<action target="-2"/>)", "5: <action> has no attribute 'selector'"},
+      {R"(<action selector="go:" target="-2"/><action selector="go:" target="-2"/>)",
+       "5: a second action of a control 'go:'"}};
+  expectErrors(faults, [](const std::string& action) {
+    return documentOf("", R"(<button>{frame}<buttonCell key="cell"/><connections>)" +
+                              ("\n" + action) + "</connections></button>");
+  });
 }
-
-FaultRow inAction(const char* name, const std::string& view, const std::string& attributes,
-                  const char* error) {
-  const std::string action = "<connections>\n<action " + attributes + "/></connections>";
-  return inView(name, view == "button" ? button("", action) : element(view, "", action), error);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Document, AFaultyInterfaceFile,
-    testing::Values(
-        FaultRow{"Empty", "", "1: No document element found"},
-        FaultRow{"Malformed", "<document>\n<objects>\n</document>\n", "3: Start-end tags mismatch"},
-        FaultRow{"AnotherRoot", "\n<plist/>", "2: unknown element 'plist'"},
-        FaultRow{"NoType", "<document/>", "1: <document> has no attribute 'type'"},
-        FaultRow{"AnotherType", "<document type=\"iOS\"/>", "1: unknown type of document 'iOS'"},
-        FaultRow{"AnotherVersion",
-                 "<document type=\"com.apple.InterfaceBuilder3.Cocoa.XIB\" version=\"2.0\"/>",
-                 "1: unknown version '2.0'"},
-        inDocument("UnknownPart", "<classes/>", "2: unknown element 'classes'"),
-        inDocument("UnknownOwner",
-                   "<objects><customObject id=\"-2\" customClass=\"Nobody\"/></objects>",
-                   "2: unknown class 'Nobody'"),
-        inDocument("AnotherOwner",
-                   "<objects><customObject id=\"-2\" customClass=\"Tests.Other\"/></objects>",
-                   "2: the owner is not a 'Tests.Other'"),
-        inDocument("UnknownPlaceholder", "<objects><customObject id=\"7\"/></objects>",
-                   "2: unknown object '7'")),
-    rowName);
-
-INSTANTIATE_TEST_SUITE_P(
-    View, AFaultyInterfaceFile,
-    testing::Values(
-        inView("UnknownElement", "<popUpButton/>", "4: unknown element 'popUpButton'"),
-        inView("UnknownElementWithin", button("", "\n<constraints/>"),
-               "5: unknown element 'constraints'"),
-        inView("ElementWithinAValue", element("textView", "", "<font key=\"font\"><size/></font>"),
-               "4: unknown element 'size'"),
-        inView("AnothersCell", element("slider", "", "<buttonCell key=\"cell\"/>"),
-               "4: unknown element 'buttonCell'"),
-        inView("UnknownKey", element("textView", "", "<color key=\"textColour\"/>"),
-               "4: unknown key 'textColour'"),
-        inView("UnknownKeyOfACell", element("slider", "", "<sliderCell key=\"knob\"/>"),
-               "4: unknown key 'knob'"),
-        inView("SecondFrame", element("textView", "", "\n" + std::string(frame)),
-               "5: a second element for the key 'frame'"),
-        inView("Text", element("textView", "", "la la"), "4: text within the element 'textView'"),
-        inView("UnknownClass",
-               element("textView", "customClass=\"Poem\" customModule=\"Corvella\""),
-               "4: unknown class 'Corvella.Poem'"),
-        inView("UnknownModule", element("customView", "customClass=\"Other\""),
-               "4: unknown class 'Other'"),
-        inView("AnothersClass", element("textView", "customClass=\"Other\" customModule=\"Tests\""),
-               "4: <textView> cannot be a 'Tests.Other'"),
-        inView("ClassThatFilesDoNotCreate",
-               element("customView", "customClass=\"Owner\" customModule=\"Tests\""),
-               "4: <customView> cannot be a 'Tests.Owner'"),
-        inView("ClassOfACellThatHasNone",
-               element("slider", "",
-                       "<sliderCell key=\"cell\" customClass=\"Other\" customModule=\"Tests\"/>"),
-               "4: a cell that cannot have a class of its own 'Tests.Other'"),
-        inView("AnothersClassForACell",
-               element("levelIndicator", "",
-                       "<levelIndicatorCell key=\"cell\" customClass=\"Other\" "
-                       "customModule=\"Tests\"/>"),
-               "4: <levelIndicatorCell> cannot be a 'Tests.Other'"),
-        inView("NoCell", element("slider", ""), "4: an element without its 'sliderCell'"),
-        inView("NoFrame", "<textView/>", "4: an element without its 'frame'"),
-        inView("FrameWithoutANumber",
-               "<textView><rect key=\"frame\" x=\"1\" y=\"1\" width=\"1\"/></textView>",
-               "4: height: is missing"),
-        inView("FrameWithABadNumber",
-               "<textView>\n<rect key=\"frame\" x=\"1\" y=\"one\" width=\"1\" "
-               "height=\"1\"/></textView>",
-               "5: y: is not a number: \"one\""),
-        inView(
-            "FrameBelowZero",
-            "<textView><rect key=\"frame\" x=\"-1\" y=\"1\" width=\"-1\" height=\"1\"/></textView>",
-            "4: width: is below zero"),
-        inView("BadNumber", element("slider", "", "<sliderCell key=\"cell\" maxValue=\"1,5\"/>"),
-               "4: maxValue: is not a number: \"1,5\""),
-        inView("SecondId", button("id=\"root\""), "4: a second object has the id 'root'")),
-
-    rowName);
-
-INSTANTIATE_TEST_SUITE_P(
-    Connection, AFaultyInterfaceFile,
-    testing::Values(
-        inOutlet("UnknownOutlet", "<outlet property=\"buton\" destination=\"go\"/>",
-                 "2: unknown outlet 'buton'"),
-        inOutlet("OutletOfAnotherClass", "<outlet property=\"button\" destination=\"box\"/>",
-                 "2: an object of the wrong class for the outlet 'button'"),
-        inOutlet("SecondObjectOfAnOutlet",
-                 "<outlet property=\"button\" destination=\"go\"/>\n"
-                 "<outlet property=\"button\" destination=\"go\"/>",
-                 "3: a second object for the outlet 'button'"),
-        inOutlet("UnknownDestination", "<outlet property=\"button\" destination=\"gone\"/>",
-                 "2: no object has the id 'gone'"),
-        inOutlet("DestinationThatIsNoObject", "<outlet property=\"button\" destination=\"-2\"/>",
-                 "2: no object has the id '-2'"),
-        inOutlet("NoDestination", "<outlet property=\"button\"/>",
-                 "2: <outlet> has no attribute 'destination'"),
-        inOutlet("ActionOfTheOwner", "<action selector=\"go:\" target=\"-2\"/>",
-                 "2: unknown element 'action'"),
-        inAction("UnknownAction", "button", "selector=\"come:\" target=\"-2\"",
-                 "5: unknown action 'come:'"),
-        inAction("ActionOfAnotherClass", "button", "selector=\"slide:\" target=\"-2\"",
-                 "5: a control of the wrong class for the action 'slide:'"),
-        inAction("AnotherTarget", "button", "selector=\"go:\" target=\"-1\"",
-                 "5: only the owner is a target, not '-1'"),
-        inAction("NoSelector", "button", "target=\"-2\"",
-                 "5: <action> has no attribute 'selector'"),
-        inAction("ActionOfNoControl", "textView", "selector=\"go:\" target=\"-2\"",
-                 "5: not a control, so it has no action 'go:'"),
-        inAction("SecondAction", "button",
-                 "selector=\"go:\" target=\"-2\"/><action selector=\"go:\" target=\"-2\"",
-                 "5: a second action of a control 'go:'")),
-    rowName);
 
 TEST_F(AnInterfaceFile, IsRefusedWhenItsViewsGoTooDeep) {
   std::string views;
-  for (int level = 0; level < 1000; ++level) {
-    views += "<customView>" + std::string(frame) + "<subviews>";
-  }
+  for (int level = 0; level < 1000; ++level) views += "<customView>{frame}<subviews>";
   for (int level = 0; level < 1000; ++level) views += "</subviews></customView>";
   PickyOwner owner(loader_);
   EXPECT_EQ(errorOf(documentOf("", views), owner),

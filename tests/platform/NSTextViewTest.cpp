@@ -1,3 +1,6 @@
+#include <functional>
+#include <vector>
+
 #include <gtest/gtest.h>
 
 #include "platform/appkit/NSTextView.h"
@@ -8,10 +11,9 @@ namespace {
 
 class ATextViewOfAnInterfaceFile : public testing::Test {
  protected:
-  static NSCoder coderOfWidth(const char* width, const FixedTextMeasurer& measurer,
-                              const FixedFontFinder& fonts) {
+  static NSCoder coder(const FixedTextMeasurer& measurer, const FixedFontFinder& fonts) {
     NSCoder coder("Some.xib:1", measurer, fonts);
-    coder.encodeChild("frame", "Some.xib:2").encodeString("width", width);
+    coder.encodeChild("frame", "Some.xib:2").encodeString("width", "100");
     return coder;
   }
 
@@ -32,7 +34,7 @@ class ATextViewOfAnInterfaceFile : public testing::Test {
 
   FixedTextMeasurer measurer_;
   FixedFontFinder fonts_{"Helvetica Neue"};
-  NSTextView view_{coderOfWidth("100", measurer_, fonts_)};
+  NSTextView view_{coder(measurer_, fonts_)};
 };
 
 TEST_F(ATextViewOfAnInterfaceFile, MeasuresOnceUntilItsTextFontOrWidthChanges) {
@@ -40,15 +42,13 @@ TEST_F(ATextViewOfAnInterfaceFile, MeasuresOnceUntilItsTextFontOrWidthChanges) {
     return NSFont::fontWithName("Helvetica Neue", size, fonts_);
   };
   EXPECT_EQ(measurementsOfTwoReadings(), 1);
-
-  view_.setString("eleven char");
-  EXPECT_EQ(measurementsOfTwoReadings(), 1);
-  view_.setFont(font(15));
-  EXPECT_EQ(measurementsOfTwoReadings(), 1);
-  view_.setFont(font(16));
-  EXPECT_EQ(measurementsOfTwoReadings(), 1);
-  view_.setFrameSize({.width = 50, .height = 0});
-  EXPECT_EQ(measurementsOfTwoReadings(), 1);
+  const std::vector<std::function<void()>> changes{
+      [&] { view_.setString("eleven char"); }, [&] { view_.setFont(font(15)); },
+      [&] { view_.setFont(font(16)); }, [&] { view_.setFrameSize({.width = 50, .height = 0}); }};
+  for (const auto& change : changes) {
+    change();
+    EXPECT_EQ(measurementsOfTwoReadings(), 1);
+  }
 
   view_.setString("eleven char");
   view_.setFont(font(16));
@@ -58,19 +58,13 @@ TEST_F(ATextViewOfAnInterfaceFile, MeasuresOnceUntilItsTextFontOrWidthChanges) {
   EXPECT_EQ(measurementsOfTwoReadings(), 0);
 }
 
-TEST_F(ATextViewOfAnInterfaceFile, LaysOutOnlyWhenAsked) {
-  view_.setString("one\ntwo");
+TEST_F(ATextViewOfAnInterfaceFile, LaysOutOnlyWhenAskedAndBreaksItsLinesAtItsNewWidth) {
+  view_.setString("eleven char");
   EXPECT_EQ(measurer_.measurements(), 0);
   EXPECT_EQ(usedHeight(), 0);
   EXPECT_EQ(layOut(), 2 * FixedTextMeasurer::lineHeight);
-  view_.setString("one");
-  EXPECT_EQ(usedHeight(), 0);
-}
-
-TEST_F(ATextViewOfAnInterfaceFile, BreaksItsLinesAtItsNewWidth) {
-  view_.setString("eleven char");
-  EXPECT_EQ(layOut(), 2 * FixedTextMeasurer::lineHeight);
   view_.setFrame(NSMakeRect(0, 0, 110, 0));
+  EXPECT_EQ(usedHeight(), 0);
   EXPECT_EQ(layOut(), FixedTextMeasurer::lineHeight);
 }
 

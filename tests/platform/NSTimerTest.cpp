@@ -12,10 +12,8 @@
 #include "platform/dispatch/RunLoop.h"
 #include "platform/foundation/NSTimer.h"
 #include "tests/support/ManualClock.h"
-#include "tests/support/RowName.h"
 
 namespace Corvella {
-
 namespace {
 
 using namespace std::chrono_literals;
@@ -52,28 +50,23 @@ struct Phase {
   std::vector<milliseconds> ticks;  ///< When a timer of one second fires.
 };
 
-class ARepeatingTimer : public ATimer, public testing::WithParamInterface<Phase> {};
-
-TEST_P(ARepeatingTimer, KeepsItsPhaseAndMakesUpForLostTimeWithOneTick) {
-  std::vector<milliseconds> ticks;
-  schedule(1s, [&, start = clock_.now()](NSTimer&) {
-    ticks.push_back(std::chrono::round<milliseconds>(clock_.now() - start));
-    clock_.advance(GetParam().tickLasts);
-  });
-
-  for (const auto time : GetParam().turns) turnAfter(time);
-
-  EXPECT_EQ(ticks, GetParam().ticks);
+TEST_F(ATimer, KeepsItsPhaseAndMakesUpForLostTimeWithOneTick) {
+  const std::vector<Phase> rows{{"in time", {999ms, 1ms, 0ms, 999ms, 1ms}, 0ms, {1s, 2s}},
+                                {"little late", {1300ms, 699ms, 1ms}, 0ms, {1300ms, 2s}},
+                                {"missed some", {4200ms, 0ms, 799ms, 1ms}, 0ms, {4200ms, 5s}},
+                                {"missed one exactly", {2s, 0ms, 999ms, 1ms}, 0ms, {2s, 3s}},
+                                {"slow tick", {1s, 0ms, 499ms, 1ms}, 2500ms, {1s, 4s}}};
+  for (const auto& row : rows) {
+    std::vector<milliseconds> ticks;
+    const auto timer = schedule(1s, [&, start = clock_.now()](NSTimer&) {
+      ticks.push_back(std::chrono::round<milliseconds>(clock_.now() - start));
+      clock_.advance(row.tickLasts);
+    });
+    for (const auto time : row.turns) turnAfter(time);
+    EXPECT_EQ(ticks, row.ticks) << row.name;
+    timer->invalidate();
+  }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Phases, ARepeatingTimer,
-    testing::Values(Phase{"InTime", {999ms, 1ms, 0ms, 999ms, 1ms}, 0ms, {1s, 2s}},
-                    Phase{"LittleLate", {1300ms, 699ms, 1ms}, 0ms, {1300ms, 2s}},
-                    Phase{"MissedSome", {4200ms, 0ms, 799ms, 1ms}, 0ms, {4200ms, 5s}},
-                    Phase{"MissedOneExactly", {2s, 0ms, 999ms, 1ms}, 0ms, {2s, 3s}},
-                    Phase{"SlowTick", {1s, 0ms, 499ms, 1ms}, 2500ms, {1s, 4s}}),
-    rowName);
 
 TEST_F(ATimer, TakesAnOddIntervalAsTheNearestUsableOne) {
   scheduleNote(Seconds(std::numeric_limits<double>::infinity()), "endless");
@@ -109,55 +102,48 @@ struct Target {
   ~Target() { timer->invalidate(); }
 };
 
-struct End {
-  enum class By { Holder, BlockEnqueuedBefore, TickAtTheSameTime, OwnTick, OnlyTick, LoopsEnd };
-  std::string name;
-  By by;
-  int ticks;
+class ATimerAtItsEnd : public ATimer {
+ protected:
+  enum class By { Holder, BlockBefore, TickAtTheSameTime, OwnTick, OnlyTick, LoopsEnd };
+
+  /// How often a timer ticks that ends like that.
+  int ticksUntilItsEnd(By end) {
+    loop_.emplace(clock_);
+    auto target = std::make_shared<Target>();
+    const std::weak_ptr<Target> weakTarget = target;
+    const auto invalidateBy = [&](By by) {
+      if (by == end) weakTarget.lock()->timer->invalidate();
+    };
+    int ticks = 0;
+    schedule(
+        1s, [&](NSTimer&) { invalidateBy(By::TickAtTheSameTime); }, false);
+    const auto tick = [&](NSTimer& timer) {
+      ++ticks;
+      EXPECT_TRUE(timer.isValid());
+      invalidateBy(By::OwnTick);
+      EXPECT_FALSE(weakTarget.expired());
+    };
+    target->timer = schedule(
+        1s, [tick, target](NSTimer& timer) { tick(timer); }, end != By::OnlyTick);
+    target.reset();
+    dispatch_async(loop_->mainQueue(), [&] { invalidateBy(By::BlockBefore); });
+
+    invalidateBy(By::Holder);
+    if (end == By::LoopsEnd) loop_.reset();
+    if (loop_) turnAfter(1s);
+
+    EXPECT_TRUE(weakTarget.expired());
+    if (loop_) turnAfter(1s);
+    return ticks;
+  }
 };
 
-class ATimerAtItsEnd : public ATimer, public testing::WithParamInterface<End> {};
-
-TEST_P(ATimerAtItsEnd, NeverFiresAgainAndReleasesItsTarget) {
-  using enum End::By;
-  auto target = std::make_shared<Target>();
-  const std::weak_ptr<Target> weakTarget = target;
-  const auto invalidateBy = [&](End::By by) {
-    if (by == GetParam().by) weakTarget.lock()->timer->invalidate();
-  };
-  int ticks = 0;
-  schedule(
-      1s, [&](NSTimer&) { invalidateBy(TickAtTheSameTime); }, false);
-  const auto tick = [&](NSTimer& timer) {
-    ++ticks;
-    EXPECT_TRUE(timer.isValid());
-    invalidateBy(OwnTick);
-    EXPECT_FALSE(weakTarget.expired());
-  };
-  target->timer = schedule(
-      1s, [tick, target](NSTimer& timer) { tick(timer); }, GetParam().by != OnlyTick);
-  target.reset();
-  dispatch_async(loop_->mainQueue(), [&] { invalidateBy(BlockEnqueuedBefore); });
-
-  invalidateBy(Holder);
-  if (GetParam().by == LoopsEnd) loop_.reset();
-  if (loop_) turnAfter(1s);
-
-  EXPECT_TRUE(weakTarget.expired());
-  if (loop_) turnAfter(1s);
-  EXPECT_EQ(ticks, GetParam().ticks);
+TEST_F(ATimerAtItsEnd, NeverFiresAgainAndReleasesItsTarget) {
+  for (const auto end : {By::Holder, By::BlockBefore, By::TickAtTheSameTime, By::LoopsEnd}) {
+    EXPECT_EQ(ticksUntilItsEnd(end), 0);
+  }
+  for (const auto end : {By::OwnTick, By::OnlyTick}) EXPECT_EQ(ticksUntilItsEnd(end), 1);
 }
 
-INSTANTIATE_TEST_SUITE_P(Ends, ATimerAtItsEnd,
-                         testing::Values(End{"ByItsHolder", End::By::Holder, 0},
-                                         End{"ByABlockEnqueuedBefore", End::By::BlockEnqueuedBefore,
-                                             0},
-                                         End{"ByATickAtTheSameTime", End::By::TickAtTheSameTime, 0},
-                                         End{"ByItsOwnTick", End::By::OwnTick, 1},
-                                         End{"ByItsOnlyTick", End::By::OnlyTick, 1},
-                                         End{"ByTheLoopsEnd", End::By::LoopsEnd, 0}),
-                         rowName);
-
 }  // namespace
-
 }  // namespace Corvella

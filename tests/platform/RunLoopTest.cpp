@@ -6,7 +6,6 @@
 #include <future>
 #include <memory>
 #include <thread>
-#include <utility>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -14,19 +13,14 @@
 
 #include "platform/dispatch/RunLoop.h"
 #include "platform/foundation/NSTimer.h"
+#include "tests/support/AtItsEnd.h"
 #include "tests/support/ManualClock.h"
 
 namespace Corvella {
-
 namespace {
 
 using namespace std::chrono_literals;
 using testing::ElementsAre;
-
-/// Something that does one thing when it is destroyed.
-std::shared_ptr<void> atItsEnd(std::function<void()> action) {
-  return {nullptr, [action = std::move(action)](void*) { action(); }};
-}
 
 class ARunLoop : public testing::Test {
  protected:
@@ -53,21 +47,12 @@ TEST_F(ARunLoop, RunsBlocksInOrderAndWhatTheyEnqueueInALaterTurn) {
   EXPECT_FALSE(loop_.runTurn());
 }
 
-TEST_F(ARunLoop, DestroysABlockBeforeItRunsTheNext) {
+TEST_F(ARunLoop, DestroysABlockBeforeTheNextAndTellsItsObserverOfATurnInWhichSomethingRan) {
+  loop_.setTurnObserver(note(0));
+  loop_.runTurn();
   dispatch_async(queue_, [held = atItsEnd(note(1))] {});
   dispatch_async(queue_, note(2));
 
-  loop_.runTurn();
-
-  EXPECT_THAT(log_, ElementsAre(1, 2));
-}
-
-TEST_F(ARunLoop, TellsItsObserverOfEveryTurnInWhichSomethingRan) {
-  loop_.setTurnObserver(note(0));
-
-  loop_.runTurn();
-  dispatch_async(queue_, note(1));
-  dispatch_async(queue_, note(2));
   loop_.runTurn();
 
   EXPECT_THAT(log_, ElementsAre(1, 2, 0));
@@ -186,5 +171,4 @@ TEST_F(ARunLoopOnAThreadOfItsOwn, SleepsUntilATimerIsDueOrWithoutOneForGood) {
 }
 
 }  // namespace
-
 }  // namespace Corvella

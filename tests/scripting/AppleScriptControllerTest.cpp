@@ -1,130 +1,84 @@
-#include <functional>
+#include <cstdint>
 #include <limits>
 #include <string>
 #include <thread>
-#include <type_traits>
-#include <unordered_set>
+#include <utility>
 #include <vector>
 
 #include <gmock/gmock.h>
 
 #include "scripting/AppleScriptController.h"
 #include "tests/support/RecordingScriptRunner.h"
-#include "tests/support/RowName.h"
 
 namespace Corvella {
 namespace {
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 using Descriptor = NSAppleEventDescriptor;
 
+const auto text = &Descriptor::descriptorWithString;
+
 constexpr auto kStateQuery = "get player state as string";
-constexpr auto kStateScript = "tell app \"iTunes\" to get player state as string";
 
-struct RequestRow {
-  std::string name;
-  std::function<void(const AppleScriptController&)> request;
-  std::string text;
-};
+std::string scriptOf(const std::string& command) {
+  return "tell app \"iTunes\" to " + command;
+}
 
-class ARequest : public testing::TestWithParam<RequestRow> {};
-
-TEST_P(ARequest, SendsExactlyItsOneText) {
+TEST(ARequest, SendsExactlyItsOneText) {
+  using enum FetchRequestType;
+  using enum PlaybackRequest;
   RecordingScriptRunner runner;
   const AppleScriptController controller(runner);
-  GetParam().request(controller);
-  EXPECT_THAT(runner.scripts(), ElementsAre(GetParam().text));
+  controller.isRunning();
+  controller.playerState();
+  controller.fetchSongInfo();
+  for (const auto type : {Artwork, Lyrics, PlayerPosition, Rating, Volume}) controller.fetch(type);
+  for (const auto request : {Play, Pause, Previous, Next}) controller.controlPlayback(request);
+  controller.updateRating(1'000'000);
+  controller.updateRating(std::numeric_limits<std::int64_t>::min());
+  controller.updateVolume(35);
+
+  std::vector<std::string> expected;
+  for (const auto* command :
+       {"running", kStateQuery,
+        "get (name, artist, album, lyrics, rating, finish) of current track",
+        "tell artwork 1 of the current track to raw data", "get lyrics of current track",
+        "player position", "get rating", "get sound volume", "play", "pause", "previous track",
+        "next track", "set rating of current track to 1000000",
+        "set rating of current track to -9223372036854775808", "set sound volume to 35"}) {
+    expected.push_back(scriptOf(command));
+  }
+  EXPECT_EQ(runner.scripts(), expected);
 }
 
-RequestRow fetchRow(std::string name, FetchRequestType type, std::string text) {
-  return {std::move(name), [type](const auto& controller) { controller.fetch(type); },
-          std::move(text)};
-}
-
-RequestRow playbackRow(std::string name, PlaybackRequest request, std::string text) {
-  return {std::move(name),
-          [request](const auto& controller) { controller.controlPlayback(request); },
-          std::move(text)};
-}
-
-RequestRow ratingRow(std::string name, std::int64_t rating, const std::string& number) {
-  return {std::move(name), [rating](const auto& controller) { controller.updateRating(rating); },
-          "tell app \"iTunes\" to set rating of current track to " + number};
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    OfEachKind, ARequest,
-    testing::Values(
-        RequestRow{"Running", [](const auto& c) { c.isRunning(); },
-                   "tell app \"iTunes\" to running"},
-        RequestRow{"State", [](const auto& c) { c.playerState(); }, kStateScript},
-        RequestRow{"SongInfo", [](const auto& c) { c.fetchSongInfo(); },
-                   "tell app \"iTunes\" to get (name, artist, album, lyrics, rating, finish) of "
-                   "current track"},
-        fetchRow("Artwork", FetchRequestType::Artwork,
-                 "tell app \"iTunes\" to tell artwork 1 of the current track to raw data"),
-        fetchRow("Lyrics", FetchRequestType::Lyrics,
-                 "tell app \"iTunes\" to get lyrics of current track"),
-        fetchRow("Position", FetchRequestType::PlayerPosition,
-                 "tell app \"iTunes\" to player position"),
-        fetchRow("Rating", FetchRequestType::Rating, "tell app \"iTunes\" to get rating"),
-        fetchRow("Volume", FetchRequestType::Volume, "tell app \"iTunes\" to get sound volume"),
-        playbackRow("Play", PlaybackRequest::Play, "tell app \"iTunes\" to play"),
-        playbackRow("Pause", PlaybackRequest::Pause, "tell app \"iTunes\" to pause"),
-        playbackRow("Previous", PlaybackRequest::Previous, "tell app \"iTunes\" to previous track"),
-        playbackRow("Next", PlaybackRequest::Next, "tell app \"iTunes\" to next track"),
-        ratingRow("RatingNone", 0, "0"), ratingRow("RatingNegative", -20, "-20"),
-        ratingRow("RatingBeyondTheScale", 1'000'000, "1000000"),
-        ratingRow("RatingSmallest", std::numeric_limits<std::int64_t>::min(),
-                  "-9223372036854775808"),
-        RequestRow{"SetVolume", [](const auto& c) { c.updateVolume(35); },
-                   "tell app \"iTunes\" to set sound volume to 35"}),
-    rowName);
-
-TEST(RequestKinds, AreNumberedInOrderAndServeAsKeys) {
+TEST(RequestKinds, AreNumberedInOrder) {
   EXPECT_EQ(hashValue(PlaybackRequest::Play), 0);
   EXPECT_EQ(hashValue(PlaybackRequest::Next), 3);
   EXPECT_EQ(hashValue(FetchRequestType::Artwork), 0);
   EXPECT_EQ(hashValue(FetchRequestType::Volume), 4);
   static_assert(sizeof(PlaybackRequest) == 1 && sizeof(FetchRequestType) == 1);
-  static_assert(std::is_same_v<decltype(hashValue(PlaybackRequest::Play)), std::int64_t>);
-  const std::unordered_set<FetchRequestType> keys{FetchRequestType::Rating,
-                                                  FetchRequestType::Rating};
-  EXPECT_EQ(keys.size(), 1U);
 }
 
-struct RunningRow {
-  std::string name;
-  NSAppleScriptExecution execution;
-  bool running;
-};
-
-class TheRunningQuery : public testing::TestWithParam<RunningRow> {};
-
-TEST_P(TheRunningQuery, IsTrueForThatWordAloneAndNeverPrints) {
-  RecordingScriptRunner runner;
-  runner.answer("running", GetParam().execution);
-  testing::internal::CaptureStdout();
-  EXPECT_EQ(AppleScriptController(runner).isRunning(), GetParam().running);
-  EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
-  EXPECT_THAT(runner.scripts(), ElementsAre("tell app \"iTunes\" to running"));
+TEST(TheRunningQuery, IsTrueForThatWordAloneAndNeverPrints) {
+  const NSAppleScriptErrorInformation error;
+  const std::vector<std::pair<NSAppleScriptExecution, bool>> rows{
+      {{text("true"), {}}, true},
+      {{Descriptor::descriptorWithBoolean(true), error}, true},
+      {{text("True"), {}}, false},
+      {{text("true "), {}}, false},
+      {{Descriptor::listDescriptor({}), {}}, false},
+      {{}, false},
+      {{{}, error}, false}};
+  for (std::size_t row = 0; row < rows.size(); ++row) {
+    RecordingScriptRunner runner;
+    runner.answer("running", rows[row].first);
+    testing::internal::CaptureStdout();
+    EXPECT_EQ(AppleScriptController(runner).isRunning(), rows[row].second) << row;
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+    EXPECT_THAT(runner.scripts(), ElementsAre(scriptOf("running")));
+  }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    ForEachAnswer, TheRunningQuery,
-    testing::Values(
-        RunningRow{"True", {Descriptor::descriptorWithString("true"), {}}, true},
-        RunningRow{"TrueWithAnError",
-                   {Descriptor::descriptorWithBoolean(true), NSAppleScriptErrorInformation()},
-                   true},
-        RunningRow{"Capital", {Descriptor::descriptorWithString("True"), {}}, false},
-        RunningRow{"WithABlank", {Descriptor::descriptorWithString("true "), {}}, false},
-        RunningRow{"NoText", {Descriptor::listDescriptor({}), {}}, false},
-        RunningRow{"Nothing", {}, false},
-        RunningRow{"AnErrorAlone", {{}, NSAppleScriptErrorInformation()}, false}),
-    rowName);
 
 TEST(TheStateQuery, IsAbsentAndSilentWhenItsScriptFails) {
   RecordingScriptRunner runner;
@@ -150,50 +104,32 @@ TEST(AScriptService, ThatMakesNoScriptsYieldsAbsenceWithoutAFurtherQuery) {
   EXPECT_FALSE(controller.fetchSongInfo().has_value());
   controller.controlPlayback(PlaybackRequest::Play);
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
-  EXPECT_EQ(runner.asked(), 4);
+  EXPECT_EQ(runner.scripts().size(), 4U);
 }
 
-struct DiagnosticRow {
-  std::string name;
-  NSAppleScriptExecution state;
-  bool prints;
-};
+const std::string kErrorLine = RecordingScriptRunner::errorInformation(-1728).description() + "\n";
 
-class AFailedScript : public testing::TestWithParam<DiagnosticRow> {
- protected:
-  static std::string errorLine() {
-    return RecordingScriptRunner::errorInformation(-1728).description() + "\n";
+TEST(AFailedScript, IsReportedOnceUnlessThePlayerIsStopped) {
+  const NSAppleScriptErrorInformation error;
+  const std::vector<std::pair<NSAppleScriptExecution, std::string>> rows{
+      {{text("playing"), {}}, kErrorLine},
+      {{text("stopped"), {}}, ""},
+      {{text("stopped"), error}, ""},
+      {{text("Stopped"), {}}, kErrorLine},
+      {{{}, error}, kErrorLine}};
+  for (std::size_t row = 0; row < rows.size(); ++row) {
+    RecordingScriptRunner runner;
+    runner.fail("get lyrics of current track");
+    runner.answer(kStateQuery, rows[row].first);
+
+    testing::internal::CaptureStdout();
+    EXPECT_FALSE(AppleScriptController(runner).fetch(FetchRequestType::Lyrics).has_value());
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), rows[row].second) << row;
+
+    EXPECT_THAT(runner.scripts(),
+                ElementsAre(scriptOf("get lyrics of current track"), scriptOf(kStateQuery)));
   }
-};
-
-TEST_P(AFailedScript, IsReportedOnceUnlessThePlayerIsStopped) {
-  RecordingScriptRunner runner;
-  const AppleScriptController controller(runner);
-  runner.fail("get lyrics of current track");
-  runner.answer(kStateQuery, GetParam().state);
-
-  testing::internal::CaptureStdout();
-  const auto result = controller.fetch(FetchRequestType::Lyrics);
-  EXPECT_EQ(testing::internal::GetCapturedStdout(), GetParam().prints ? errorLine() : "");
-
-  EXPECT_FALSE(result.has_value());
-  EXPECT_THAT(runner.scripts(),
-              ElementsAre("tell app \"iTunes\" to get lyrics of current track", kStateScript));
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    InEachState, AFailedScript,
-    testing::Values(
-        DiagnosticRow{"Playing", {Descriptor::descriptorWithString("playing"), {}}, true},
-        DiagnosticRow{"Stopped", {Descriptor::descriptorWithString("stopped"), {}}, false},
-        DiagnosticRow{
-            "StoppedWithAnError",
-            {Descriptor::descriptorWithString("stopped"), NSAppleScriptErrorInformation()},
-            false},
-        DiagnosticRow{
-            "StoppedWithACapital", {Descriptor::descriptorWithString("Stopped"), {}}, true},
-        DiagnosticRow{"Unknown", {{}, NSAppleScriptErrorInformation()}, true}),
-    rowName);
 
 TEST(AScriptWithAResultAndAnError, YieldsTheResultAndIsReported) {
   RecordingScriptRunner runner;
@@ -219,7 +155,7 @@ TEST(ADerivedController, DecidesWhichStateAFailedScriptSees) {
   testing::internal::CaptureStdout();
   Stopped(runner).controlPlayback(PlaybackRequest::Pause);
   EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
-  EXPECT_THAT(runner.scripts(), ElementsAre("tell app \"iTunes\" to pause"));
+  EXPECT_THAT(runner.scripts(), ElementsAre(scriptOf("pause")));
 }
 
 TEST(TwoThreadsWithFailedScripts, NeverMixTheirLines) {
@@ -238,9 +174,8 @@ TEST(TwoThreadsWithFailedScripts, NeverMixTheirLines) {
   other.join();
   const auto printed = testing::internal::GetCapturedStdout();
 
-  const auto line = RecordingScriptRunner::errorInformation(-1728).description() + "\n";
   std::string expected;
-  for (int i = 0; i < 2 * kRounds; ++i) expected += line;
+  for (int i = 0; i < 2 * kRounds; ++i) expected += kErrorLine;
   EXPECT_EQ(printed, expected);
 }
 

@@ -1,10 +1,8 @@
 #pragma once
 
-#include <algorithm>
 #include <cstddef>
 #include <optional>
 #include <span>
-#include <string_view>
 #include <vector>
 
 #include "platform/appkit/NSImageDecoder.h"

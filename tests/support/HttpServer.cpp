@@ -31,25 +31,19 @@ bool send(int connection, std::string_view bytes) {
   return true;
 }
 
-/// `operation` called with the address as the socket functions want it.
-template <typename Operation>
-void withAddress(sockaddr_in& address, Operation operation) {
-  // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): how sockets tell addresses apart.
-  if (operation(reinterpret_cast<sockaddr*>(&address)) == 0) return;
-  throw std::system_error(errno, std::generic_category(), "loopback server");
-}
-
 }  // namespace
 
 HttpServer::HttpServer() : listener_(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
   sockaddr_in address{};
   address.sin_family = AF_INET;
   address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  auto* const any = reinterpret_cast<sockaddr*>(&address);
   socklen_t size = sizeof address;
   const int listener = listener_.number();
-  withAddress(address, [&](sockaddr* any) { return ::bind(listener, any, size); });
-  withAddress(address, [&](sockaddr*) { return ::listen(listener, 8); });
-  withAddress(address, [&](sockaddr* any) { return ::getsockname(listener, any, &size); });
+  if (::bind(listener, any, size) != 0 || ::listen(listener, 8) != 0 ||
+      ::getsockname(listener, any, &size) != 0) {
+    throw std::system_error(errno, std::generic_category(), "loopback server");
+  }
   port_ = ntohs(address.sin_port);
   thread_ = std::thread([this] { serve(); });
 }

@@ -33,11 +33,9 @@ class ManualQueue final : public DispatchQueue {
     running_ = false;
   }
 
-  void runNext() { run(0); }
-
   /// Runs all blocks, oldest first, those that come up meanwhile too.
   void runAll() {
-    while (!blocks_.empty()) runNext();
+    while (!blocks_.empty()) run(0);
   }
 
  private:

@@ -19,57 +19,50 @@ namespace Corvella {
 
 namespace {
 
-using TagLib::ByteVector;
-using TagLib::StringList;
-
-TagLib::String tagText(const std::string& text) {
-  return {text, TagLib::String::UTF8};
+TagLib::StringList tagText(const std::string& text) {
+  return TagLib::String(text, TagLib::String::UTF8);
 }
 
-ByteVector tagBytes(const std::string& bytes) {
+TagLib::ByteVector tagBytes(const std::string& bytes) {
   return {bytes.data(), static_cast<unsigned>(bytes.size())};
 }
 
-std::unique_ptr<TagLib::FLAC::Picture> xiphPicture(const std::string& bytes,
-                                                   TagLib::FLAC::Picture::Type type) {
-  auto picture = std::make_unique<TagLib::FLAC::Picture>();
+/// A FLAC::Picture or an AttachedPictureFrame, which the tag that it is added to will own.
+template <typename Picture>
+Picture* makePicture(const std::string& bytes, typename Picture::Type type) {
+  auto picture = std::make_unique<Picture>();
   picture->setType(type);
   picture->setMimeType("image/png");
-  picture->setData(tagBytes(bytes));
-  return picture;
+  if constexpr (requires { picture->setPicture(tagBytes(bytes)); }) {
+    picture->setPicture(tagBytes(bytes));
+  } else {
+    picture->setData(tagBytes(bytes));
+  }
+  return picture.release();
 }
 
-// Tags own the pictures and frames that are added to them.
-
+/// To a FLAC file or a Xiph comment.
 template <typename Owner>
-void addXiphCover(Owner& owner, const std::string& cover) {
+void addPictures(Owner& owner, const std::string& cover) {
   using Picture = TagLib::FLAC::Picture;
-  owner.addPicture(xiphPicture(pictureBytes("artist"), Picture::Artist).release());
-  owner.addPicture(xiphPicture(cover, Picture::FrontCover).release());
-}
-
-void addId3Picture(TagLib::ID3v2::Tag& tag, const std::string& bytes,
-                   TagLib::ID3v2::AttachedPictureFrame::Type type) {
-  auto frame = std::make_unique<TagLib::ID3v2::AttachedPictureFrame>();
-  frame->setType(type);
-  frame->setMimeType("image/png");
-  frame->setPicture(tagBytes(bytes));
-  tag.addFrame(frame.release());
+  owner.addPicture(makePicture<Picture>(pictureBytes("artist"), Picture::Artist));
+  owner.addPicture(makePicture<Picture>(cover, Picture::FrontCover));
 }
 
 void replaceCover(TagLib::File& file, const std::string& cover) {
   using Frame = TagLib::ID3v2::AttachedPictureFrame;
   using TagLib::MP4::CoverArt;
   if (auto* mpeg = dynamic_cast<TagLib::MPEG::File*>(&file)) {
-    mpeg->ID3v2Tag(true)->removeFrames("APIC");
-    addId3Picture(*mpeg->ID3v2Tag(true), pictureBytes("artist"), Frame::Artist);
-    addId3Picture(*mpeg->ID3v2Tag(true), cover, Frame::FrontCover);
+    auto& tag = *mpeg->ID3v2Tag(true);
+    tag.removeFrames("APIC");
+    tag.addFrame(makePicture<Frame>(pictureBytes("artist"), Frame::Artist));
+    tag.addFrame(makePicture<Frame>(cover, Frame::FrontCover));
   } else if (auto* flac = dynamic_cast<TagLib::FLAC::File*>(&file)) {
     flac->removePictures();
-    addXiphCover(*flac, cover);
+    addPictures(*flac, cover);
   } else if (auto* xiph = dynamic_cast<TagLib::Ogg::XiphComment*>(file.tag())) {
     xiph->removeAllPictures();
-    addXiphCover(*xiph, cover);
+    addPictures(*xiph, cover);
   } else if (auto* mp4 = dynamic_cast<TagLib::MP4::Tag*>(file.tag())) {
     TagLib::MP4::CoverArtList covers;
     covers.append(CoverArt(CoverArt::PNG, tagBytes(cover)));
@@ -79,30 +72,21 @@ void replaceCover(TagLib::File& file, const std::string& cover) {
 
 void replaceProperties(TagLib::File& file, const MediaTags& tags) {
   TagLib::PropertyMap properties;
-  if (!tags.lyrics.empty()) properties.insert("LYRICS", StringList(tagText(tags.lyrics)));
-  if (!tags.rating.empty()) properties.insert("FMPS_RATING", StringList(tagText(tags.rating)));
+  if (!tags.lyrics.empty()) properties.insert("LYRICS", tagText(tags.lyrics));
+  if (!tags.rating.empty()) properties.insert("FMPS_RATING", tagText(tags.rating));
   file.setProperties(properties);
   auto* const mp4 = dynamic_cast<TagLib::MP4::Tag*>(file.tag());
   if (mp4 == nullptr || tags.rating.empty()) return;
-  mp4->setItem("----:com.apple.iTunes:FMPS_Rating", StringList(tagText(tags.rating)));
+  mp4->setItem("----:com.apple.iTunes:FMPS_Rating", tagText(tags.rating));
 }
 
 }  // namespace
 
-const std::vector<AudioFormat>& audioFormats() {
-  static const std::vector<AudioFormat> formats = {{"mp3", "libmp3lame", "mp3"},
-                                                   {"flac", "flac", "flac"},
-                                                   {"ogg", "libvorbis", "ogg"},
-                                                   {"opus", "libopus", "opus"},
-                                                   {"m4a", "aac", "ipod"}};
-  return formats;
-}
-
-void makeAudio(const std::filesystem::path& path, const AudioFormat& format) {
+void makeAudio(const std::filesystem::path& path, const MediaTags& tags) {
   Process ffmpeg({"ffmpeg", "-nostdin", "-v", "error", "-f", "lavfi", "-i", "sine=duration=0.5",
-                  "-map_metadata", "-1", "-c:a", format.encoder, "-f", format.container, "-y",
-                  path.string()});
+                  "-map_metadata", "-1", "-y", path.string()});
   if (ffmpeg.wait() != 0) throw std::runtime_error("ffmpeg: " + ffmpeg.errors());
+  writeTags(path, tags);
 }
 
 void writeTags(const std::filesystem::path& path, const MediaTags& tags) {

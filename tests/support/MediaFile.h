@@ -6,15 +6,8 @@
 
 namespace Corvella {
 
-/// A kind of audio file, by the names that ffmpeg has for it.
-struct AudioFormat {
-  std::string name;  ///< The usual extension, without its dot.
-  std::string encoder;
-  std::string container;
-};
-
-/// MP3, FLAC, Ogg Vorbis, Opus and MP4.
-const std::vector<AudioFormat>& audioFormats();
+/// The extensions of all kinds of audio files that can be made here.
+inline const std::vector<std::string> audioFormats{"mp3", "flac", "ogg", "opus", "m4a"};
 
 /// What players keep in the tags of a file.
 struct MediaTags {
@@ -24,12 +17,11 @@ struct MediaTags {
   std::string cover;
 };
 
-/// Makes a short untagged audio file. Throws std::runtime_error with ffmpeg's own words when it
-/// fails.
-void makeAudio(const std::filesystem::path& path, const AudioFormat& format);
+/// Makes a short audio file of the kind that its extension names. Throws std::runtime_error with
+/// ffmpeg's own words when it fails.
+void makeAudio(const std::filesystem::path& path, const MediaTags& tags);
 
-/// Replaces the tags of an audio file that has its usual extension. Throws std::runtime_error when
-/// they cannot be written.
+/// Replaces the tags of an audio file. Throws std::runtime_error when they cannot be written.
 void writeTags(const std::filesystem::path& path, const MediaTags& tags);
 
 /// Bytes that start like a PNG file, with `note` behind.

@@ -2,7 +2,6 @@
 
 #include <csignal>
 #include <cstdlib>
-#include <filesystem>
 #include <stdexcept>
 #include <system_error>
 
@@ -14,23 +13,13 @@ namespace {
 
 constexpr auto kSessionBus = "DBUS_SESSION_BUS_ADDRESS";
 
-std::string configuration(const std::filesystem::path& folder) {
-  return R"(<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
- "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
-<busconfig>
-  <type>session</type>
-  <listen>unix:path=)" +
-         (folder / "bus").string() + R"(</listen>
-  <auth>EXTERNAL</auth>
-  <servicedir>)" +
-         (folder / "services").string() + R"(</servicedir>
-  <policy context="default">
-    <allow send_destination="*" eavesdrop="true"/>
-    <allow eavesdrop="true"/>
-    <allow own="*"/>
-  </policy>
-</busconfig>
-)";
+/// Stands in for --session, which would bring the machine's services.
+std::string configuration(const std::string& folder) {
+  return "<busconfig><type>session</type><listen>unix:path=" + folder +
+         "/bus</listen><auth>EXTERNAL</auth><servicedir>" + folder +
+         "/services</servicedir><policy context=\"default\"><allow own=\"*\"/>"
+         "<allow send_destination=\"*\" eavesdrop=\"true\"/><allow eavesdrop=\"true\"/>"
+         "</policy></busconfig>";
 }
 
 }  // namespace
@@ -52,7 +41,6 @@ BusConnection connectToBus(const std::string& address) {
 PrivateBus::PrivateBus() {
   std::filesystem::create_directory(folder_.path() / "services");
   const auto file = folder_.write("bus.conf", configuration(folder_.path()));
-  // The configuration stands in for --session, which would bring the machine's services.
   daemon_.emplace(std::vector<std::string>{"dbus-daemon", "--nofork", "--print-address",
                                            "--config-file=" + file.string()});
   eventually([this] { return daemon_->output().ends_with('\n') || !daemon_->running(); });
@@ -72,7 +60,6 @@ void PrivateBus::stop() {
   daemon_->wait();
 }
 
-// NOLINTBEGIN(concurrency-mt-unsafe): no other thread runs, as the contract asks.
 ScopedSessionBus::ScopedSessionBus(const std::string& address) {
   if (const char* before = ::getenv(kSessionBus)) before_ = before;
   ::setenv(kSessionBus, address.c_str(), 1);
@@ -85,6 +72,5 @@ ScopedSessionBus::~ScopedSessionBus() {
     ::unsetenv(kSessionBus);
   }
 }
-// NOLINTEND(concurrency-mt-unsafe)
 
 }  // namespace Corvella

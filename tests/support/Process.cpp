@@ -1,13 +1,10 @@
 #include "tests/support/Process.h"
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
-#include <string_view>
 #include <system_error>
-#include <utility>
 
 #include <sys/mman.h>
 #include <sys/prctl.h>
@@ -20,14 +17,13 @@ namespace Corvella {
 
 namespace {
 
-std::vector<std::string> environmentWith(std::vector<std::string> additions) {
-  for (char** entry = environ; *entry != nullptr; ++entry) {
-    const std::string_view own = *entry;
-    const auto name = own.substr(0, own.find('=') + 1);
-    const auto replaces = [&](const auto& addition) { return addition.starts_with(name); };
-    if (std::ranges::none_of(additions, replaces)) additions.emplace_back(own);
-  }
-  return additions;
+/// A call of env(1) becomes the command under the same process id.
+std::vector<std::string> commandIn(const std::vector<std::string>& environment,
+                                   const std::vector<std::string>& command) {
+  std::vector<std::string> whole{"env"};
+  whole.insert(whole.end(), environment.begin(), environment.end());
+  whole.insert(whole.end(), command.begin(), command.end());
+  return whole;
 }
 
 std::vector<char*> pointersTo(std::vector<std::string>& texts) {
@@ -59,12 +55,12 @@ FileDescriptor::~FileDescriptor() {
   ::close(number_);
 }
 
-Process::Process(std::vector<std::string> command, std::vector<std::string> environment)
+Process::Process(const std::vector<std::string>& command,
+                 const std::vector<std::string>& environment)
     : output_(::memfd_create("output", MFD_CLOEXEC)),
       errors_(::memfd_create("errors", MFD_CLOEXEC)) {
-  auto variables = environmentWith(std::move(environment));
-  const auto arguments = pointersTo(command);
-  const auto entries = pointersTo(variables);
+  auto texts = commandIn(environment, command);
+  const auto arguments = pointersTo(texts);
   const auto parent = ::getpid();
   id_ = ::fork();
   if (id_ < 0) throw std::system_error(errno, std::generic_category(), "fork");
@@ -74,7 +70,7 @@ Process::Process(std::vector<std::string> command, std::vector<std::string> envi
   if (::getppid() != parent) ::_exit(127);
   ::dup2(output_.number(), STDOUT_FILENO);
   ::dup2(errors_.number(), STDERR_FILENO);
-  ::execvpe(arguments[0], arguments.data(), entries.data());
+  ::execvp(arguments[0], arguments.data());
   std::perror(arguments[0]);
   ::_exit(127);
 }

@@ -31,7 +31,8 @@ class Process {
   /// Runs `command`, found on the PATH, without a shell. Each `environment` entry, "NAME=value",
   /// replaces or adds to what the test has. A program that cannot be run ends with status 127 and
   /// says why in `errors()`.
-  explicit Process(std::vector<std::string> command, std::vector<std::string> environment = {});
+  explicit Process(const std::vector<std::string>& command,
+                   const std::vector<std::string>& environment = {});
   ~Process();
   Process(const Process&) = delete;
   Process& operator=(const Process&) = delete;

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -15,26 +14,25 @@ class RealMpv {
   struct Options {
     std::vector<std::string> files;
     bool paused = false;
-    bool looped = false;  ///< Plays the files over and over.
   };
 
-  /// Returns when the player is on the bus and, if it got files, has opened the first. Throws
-  /// std::runtime_error when it ends before that, or takes more than 20 seconds.
-  RealMpv(const std::string& address, Options options);
+  /// Returns when the player has opened the first of its files. Throws std::runtime_error when it
+  /// ends before that, or takes more than 20 seconds.
+  RealMpv(const std::string& address, const Options& options);
 
-  /// Its name on the bus; a second one on the same bus has its process id in the name.
-  const std::string& busName() const { return busName_; }
+  /// Its name on a bus without another mpv.
+  std::string busName() const { return "org.mpris.MediaPlayer2.mpv"; }
+
+  /// What another program sees.
+  std::string status() { return client_.text(busName(), "PlaybackStatus"); }
+  double volume() { return client_.number(busName(), "Volume"); }
 
   /// Ends the player as a crash would, and returns when it is gone.
   void kill();
 
  private:
-  std::optional<std::string> nameOnTheBus();
-  bool hasATrack();
-
   BusClient client_;
   Process process_;
-  std::string busName_;
 };
 
 }  // namespace Corvella

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <atomic>
 #include <functional>
 #include <map>
 #include <memory>
@@ -44,17 +43,15 @@ class RecordingScriptRunner final : public Corvella::ScriptRunner {
   /// No script object can be made any more.
   void refuseToMakeScripts() { refuses_ = true; }
 
-  /// The texts of all scripts that ran, oldest first.
+  /// The texts of all scripts that have been asked for, made or not, oldest first.
   std::vector<std::string> scripts() const {
     const std::lock_guard lock(mutex_);
     return scripts_;
   }
 
-  /// How many scripts have been asked for, made or not.
-  int asked() const { return asked_; }
-
   std::unique_ptr<NSAppleScript> initWithSource(std::string source) override {
-    ++asked_;
+    const std::lock_guard lock(mutex_);
+    scripts_.push_back(source);
     if (refuses_) return nullptr;
     return std::make_unique<Script>(*this, std::move(source));
   }
@@ -76,7 +73,6 @@ class RecordingScriptRunner final : public Corvella::ScriptRunner {
   NSAppleScriptExecution run(const std::string& source) {
     if (observer_) observer_(source.substr(opening().size()));
     const std::lock_guard lock(mutex_);
-    scripts_.push_back(source);
     const auto found = answers_.find(source);
     return found == answers_.end() ? NSAppleScriptExecution() : found->second;
   }
@@ -86,5 +82,4 @@ class RecordingScriptRunner final : public Corvella::ScriptRunner {
   std::map<std::string, NSAppleScriptExecution> answers_;
   std::function<void(const std::string&)> observer_;
   bool refuses_ = false;
-  std::atomic<int> asked_ = 0;
 };

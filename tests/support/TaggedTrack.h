@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "tests/support/Process.h"
 
@@ -21,35 +22,16 @@ struct TaggedTrack {
 /// Makes a FLAC file with a tone, tags and a cover. Throws std::runtime_error with ffmpeg's own
 /// words when it fails.
 inline void makeTrack(const std::filesystem::path& path, const TaggedTrack& track) {
-  Process ffmpeg({"ffmpeg",
-                  "-y",
-                  "-v",
-                  "error",
-                  "-f",
-                  "lavfi",
-                  "-i",
-                  "sine=duration=" + std::to_string(track.seconds),
-                  "-i",
-                  track.cover.string(),
-                  "-map",
-                  "0",
-                  "-map",
-                  "1",
-                  "-c:a",
-                  "flac",
-                  "-c:v",
-                  "copy",
-                  "-disposition:v",
-                  "attached_pic",
-                  "-metadata",
-                  "title=" + track.title,
-                  "-metadata",
-                  "artist=" + track.artist,
-                  "-metadata",
-                  "album=" + track.album,
-                  "-metadata",
-                  "LYRICS=" + track.lyrics,
-                  path.string()});
+  const auto tone = "sine=duration=" + std::to_string(track.seconds);
+  std::vector<std::string> command{"ffmpeg", "-v",   "error", "-f",        "lavfi",
+                                   "-i",     tone,   "-i",    track.cover, "-map",
+                                   "0",      "-map", "1",     "-c:v",      "copy"};
+  for (const auto& tag : {"title=" + track.title, "artist=" + track.artist, "album=" + track.album,
+                          "LYRICS=" + track.lyrics}) {
+    command.insert(command.end(), {"-metadata", tag});
+  }
+  command.insert(command.end(), {"-disposition:v", "attached_pic", path});
+  Process ffmpeg(command);
   if (ffmpeg.wait(std::chrono::seconds(60)) != 0) throw std::runtime_error(ffmpeg.errors());
 }
 

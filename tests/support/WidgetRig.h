@@ -40,7 +40,7 @@ class Recorded final : public View {
   std::string name_;
 };
 
-/// Logs "name" for every block that is handed on to the queue behind it.
+/// Logs its name for every block that is handed on to the queue behind it.
 class RecordedQueue final : public DispatchQueue {
  public:
   RecordedQueue(EventLog& log, std::string name, DispatchQueue& queue)
@@ -69,10 +69,6 @@ class TodayViewControllerInspector {
   std::int64_t songRating() const { return controller_.songRating.integerValue(); }
   bool hasCompletionHandler() const { return controller_.completionHandler != nullptr; }
   std::shared_ptr<NSTimer> timer() const { return controller_.timer; }
-  std::int64_t ratingScale() const { return controller_.RATING_SCALE; }
-  double initialHeight() const { return controller_.INITIAL_HEIGHT; }
-  std::string pauseLabel() const { return controller_.pauseLabel; }
-  std::string playLabel() const { return controller_.playLabel; }
 
  private:
   TodayViewController& controller_;
@@ -89,6 +85,10 @@ class WidgetRig : private NSInterfaceLoader {
       log.add("size " + std::to_string(static_cast<int>(size.width)) + " x " +
               std::to_string(static_cast<int>(size.height)));
     });
+    songRatingIndicator->setMaxValue(5);
+    songRatingCell->setControlView(cellView);
+    soundVolume->setMaxValue(100);
+    lyricsView->setLayoutManager(std::make_shared<NSLayoutManager>(measurer));
     controller->view();
     log.take();
   }
@@ -109,15 +109,13 @@ class WidgetRig : private NSInterfaceLoader {
   void playerPlays(const std::string& title, const std::string& lyrics = "La", int rating = 60,
                    const std::string& finish = "200.0") {
     using Descriptor = NSAppleEventDescriptor;
+    const auto text = &Descriptor::descriptorWithString;
     playerRuns("playing");
-    scripts.answer(
-        kSong,
-        Descriptor::listDescriptor(
-            {Descriptor::descriptorWithString(title), Descriptor::descriptorWithString("Artist X"),
-             Descriptor::descriptorWithString("Album Y"), Descriptor::descriptorWithString(lyrics),
-             Descriptor::descriptorWithInt32(rating), Descriptor::descriptorWithString(finish)}));
+    scripts.answer(kSong, Descriptor::listDescriptor(
+                              {text(title), text("Artist X"), text("Album Y"), text(lyrics),
+                               Descriptor::descriptorWithInt32(rating), text(finish)}));
     scripts.answerText(kLyrics, lyrics);
-    scripts.answer(kVolume, Descriptor::descriptorWithInt32(35));
+    scripts.answerText(kVolume, "35");
     scripts.answer(kArtwork, Descriptor::descriptorWithData(FakeImageDecoder::picture(7, 7)));
   }
 
@@ -155,23 +153,26 @@ class WidgetRig : private NSInterfaceLoader {
   FixedTextMeasurer measurer;
   NSBundle bundle{CORVELLA_RESOURCES};
 
-  template <typename View>
-  std::shared_ptr<Recorded<View>> make(const std::string& name) {
-    return std::make_shared<Recorded<View>>(log, name);
+  template <typename View, typename... Arguments>
+  std::shared_ptr<Recorded<View>> make(const std::string& name, Arguments&&... arguments) {
+    return std::make_shared<Recorded<View>>(log, name, std::forward<Arguments>(arguments)...);
   }
 
   std::shared_ptr<NSImageView> albumArtView = make<NSImageView>("albumArtView");
   std::shared_ptr<NSTextField> songTitle = make<NSTextField>("songTitle");
   std::shared_ptr<NSTextField> songArtistAndAlbum = make<NSTextField>("songArtistAndAlbum");
-  std::shared_ptr<NSLevelIndicator> songRatingIndicator = makeIndicator();
+  std::shared_ptr<NSLevelIndicator> songRatingIndicator =
+      make<NSLevelIndicator>("songRatingIndicator");
   std::shared_ptr<NSView> cellView = make<NSView>("songRatingCell");
-  std::shared_ptr<SongRatingLevelIndicatorCell> songRatingCell = makeCell();
+  std::shared_ptr<SongRatingLevelIndicatorCell> songRatingCell =
+      std::make_shared<SongRatingLevelIndicatorCell>(NSCoder("cell", measurer, fonts));
   std::shared_ptr<NSButton> playButton = make<NSButton>("playButton");
   std::shared_ptr<NSButton> otherButton = make<NSButton>("otherButton");
-  std::shared_ptr<NSSlider> soundVolume = makeSlider();
+  std::shared_ptr<NSSlider> soundVolume = make<NSSlider>("soundVolume");
   std::shared_ptr<NSProgressIndicator> progressBar = make<NSProgressIndicator>("progressBar");
   std::shared_ptr<NSButton> toggleLyricsButton = make<NSButton>("toggleLyricsButton");
-  std::shared_ptr<LyricsTextView> lyricsView = makeLyricsView();
+  std::shared_ptr<LyricsTextView> lyricsView = make<LyricsTextView>(
+      "lyricsView", NSMakeRect(0, 0, 300, 0), std::make_shared<NSTextContainer>(300));
 
   RecordedQueue mainQueue{log, "to main", loop.mainQueue()};
   RecordedQueue recordedGlobalQueue{log, "to global", globalQueue};
@@ -187,37 +188,10 @@ class WidgetRig : private NSInterfaceLoader {
   TodayViewControllerInspector inside{*controller};
 
  private:
-  std::shared_ptr<NSLevelIndicator> makeIndicator() {
-    auto indicator = make<NSLevelIndicator>("songRatingIndicator");
-    indicator->setMaxValue(5);
-    return indicator;
-  }
-  /// A cell of an interface file, which only the first write highlights.
-  std::shared_ptr<SongRatingLevelIndicatorCell> makeCell() {
-    const NSCoder coder("cell", measurer, fonts);
-    auto cell = std::make_shared<SongRatingLevelIndicatorCell>(coder);
-    cell->setControlView(cellView);
-    return cell;
-  }
-  std::shared_ptr<NSSlider> makeSlider() {
-    auto slider = make<NSSlider>("soundVolume");
-    slider->setMaxValue(100);
-    return slider;
-  }
-  std::shared_ptr<LyricsTextView> makeLyricsView() {
-    auto container = std::make_shared<NSTextContainer>(300);
-    auto view = std::make_shared<Recorded<LyricsTextView>>(
-        log, "lyricsView", NSRect{.origin = {}, .size = {.width = 300, .height = 0}}, container);
-    view->setLayoutManager(std::make_shared<NSLayoutManager>(measurer));
-    return view;
-  }
-
   /// Stands in for the interface file.
   void instantiate(std::string_view, const NSBundle*, NSViewController& owner) const override {
-    const auto root =
-        std::make_shared<NSView>(NSRect{.origin = {}, .size = {.width = 320, .height = 285}});
     const std::vector<std::pair<std::string, std::shared_ptr<NSObject>>> outlets{
-        {"view", root},
+        {"view", std::make_shared<NSView>(NSMakeRect(0, 0, 320, 285))},
         {"albumArtView", albumArtView},
         {"songTitle", songTitle},
         {"songArtistAndAlbum", songArtistAndAlbum},

@@ -7,7 +7,6 @@
 
 #include <gmock/gmock.h>
 
-#include "tests/support/RowName.h"
 #include "tests/support/WidgetRig.h"
 
 namespace Corvella {
@@ -17,10 +16,6 @@ TEST(ANewController, HasItsInitialStateAndHasRunNoScript) {
   const WidgetRig rig;
   const auto controller = std::make_shared<TodayViewController>(rig.services);
   const TodayViewControllerInspector inside(*controller);
-  EXPECT_EQ(inside.ratingScale(), 20);
-  EXPECT_EQ(inside.initialHeight(), 285.0);
-  EXPECT_EQ(inside.pauseLabel(), "\u275a\u275a");
-  EXPECT_EQ(inside.playLabel(), "\u25b6");
   EXPECT_FALSE(inside.expanded());
   EXPECT_EQ(inside.songRating(), 0);
   EXPECT_FALSE(inside.hasCompletionHandler());
@@ -34,8 +29,6 @@ TEST(ANewController, AnswersTheSameInterfaceFileWhateverNameItGot) {
   const WidgetRig rig;
   EXPECT_EQ(TodayViewController(rig.services).nibName(), "TodayViewController");
   EXPECT_EQ(TodayViewController(rig.services, "Other", nullptr).nibName(), "TodayViewController");
-  EXPECT_EQ(TodayViewController(rig.services, std::nullopt, nullptr).nibName(),
-            "TodayViewController");
 }
 
 TEST(Awakening, FoldsThePanel) {
@@ -106,25 +99,14 @@ std::vector<std::string> eventsOfEveryOperation(const std::set<std::string>& abs
   return events;
 }
 
-struct OutletRow {
-  std::string name;
-  std::set<std::string> absent;
-};
-
-std::vector<OutletRow> outletRows() {
-  std::vector<OutletRow> rows{{"all", kOutlets}};
-  for (const auto& outlet : kOutlets) rows.push_back({outlet, {outlet}});
-  return rows;
+TEST(AnAbsentOutlet, SkipsItsOwnStepsAlone) {
+  std::vector<std::set<std::string>> rows{kOutlets};
+  for (const auto& outlet : kOutlets) rows.push_back({outlet});
+  for (const auto& absent : rows) {
+    EXPECT_EQ(eventsOfEveryOperation(absent, {}), eventsOfEveryOperation({}, absent))
+        << "without " << *absent.begin();
+  }
 }
-
-class AnAbsentOutlet : public testing::TestWithParam<OutletRow> {};
-
-TEST_P(AnAbsentOutlet, SkipsItsOwnStepsAlone) {
-  const auto& absent = GetParam().absent;
-  EXPECT_EQ(eventsOfEveryOperation(absent, {}), eventsOfEveryOperation({}, absent));
-}
-
-INSTANTIATE_TEST_SUITE_P(ByName, AnAbsentOutlet, testing::ValuesIn(outletRows()), rowName);
 
 TEST(TheActions, SendFromTheirControlsAndDoNotHoldTheController) {
   WidgetRig rig;
