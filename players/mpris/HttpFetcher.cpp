@@ -4,16 +4,13 @@
 #include <memory>
 #include <span>
 
-#include <curl/curl.h>
+#include "players/mpris/CurlLibrary.h"
 
 namespace Corvella {
 
 namespace {
 
-struct HandleCloser {
-  void operator()(CURL* handle) const { curl_easy_cleanup(handle); }
-};
-using Handle = std::unique_ptr<CURL, HandleCloser>;
+using Handle = std::unique_ptr<CURL, decltype(CurlLibrary::easyCleanup)>;
 
 struct Body {
   std::size_t limit;
@@ -33,16 +30,10 @@ std::size_t takeBytes(char* data, std::size_t /*one*/, std::size_t count, void* 
   return count;
 }
 
-Handle makeHandle() {
-  // Once for the whole program and never undone: other threads may still fetch while it ends.
-  static const CURLcode initialised = curl_global_init(CURL_GLOBAL_DEFAULT);
-  return Handle(initialised == CURLE_OK ? curl_easy_init() : nullptr);
-}
-
 /// Whether libcurl knows all the options that keep a fetch harmless.
-bool setLimits(CURL* handle, const HttpLimits& limits) {
-  const auto set = [handle](CURLoption option, auto value) {
-    return curl_easy_setopt(handle, option, value) == CURLE_OK;
+bool setLimits(const CurlLibrary& curl, CURL* handle, const HttpLimits& limits) {
+  const auto set = [&](CURLoption option, auto value) {
+    return curl.easySetopt(handle, option, value) == CURLE_OK;
   };
   const auto time = static_cast<long>(limits.time.count());
   return set(CURLOPT_NOSIGNAL, 1L) && set(CURLOPT_PROTOCOLS_STR, "http,https") &&
@@ -55,9 +46,9 @@ bool setLimits(CURL* handle, const HttpLimits& limits) {
          set(CURLOPT_PROXYAUTH, CURLAUTH_NONE);
 }
 
-bool setRequest(CURL* handle, const std::string& url, Body& body) {
-  const auto set = [handle](CURLoption option, auto value) {
-    return curl_easy_setopt(handle, option, value) == CURLE_OK;
+bool setRequest(const CurlLibrary& curl, CURL* handle, const std::string& url, Body& body) {
+  const auto set = [&](CURLoption option, auto value) {
+    return curl.easySetopt(handle, option, value) == CURLE_OK;
   };
   return set(CURLOPT_URL, url.c_str()) && set(CURLOPT_USERAGENT, "Corvella") &&
          set(CURLOPT_ACCEPT_ENCODING, "") && set(CURLOPT_FAILONERROR, 1L) &&
@@ -67,13 +58,15 @@ bool setRequest(CURL* handle, const std::string& url, Body& body) {
 }  // namespace
 
 std::optional<std::vector<std::byte>> HttpFetcher::fetch(const std::string& url) const {
-  const Handle handle = makeHandle();
+  const auto* const curl = curlLibrary();
+  if (curl == nullptr || url.find('\0') != std::string::npos) return std::nullopt;
+  const Handle handle(curl->easyInit(), curl->easyCleanup);
   Body body{.limit = limits_.bytes, .bytes = {}};
-  if (!handle || url.find('\0') != std::string::npos) return std::nullopt;
-  if (!setLimits(handle.get(), limits_) || !setRequest(handle.get(), url, body)) {
+  if (!handle || !setLimits(*curl, handle.get(), limits_) ||
+      !setRequest(*curl, handle.get(), url, body)) {
     return std::nullopt;
   }
-  if (curl_easy_perform(handle.get()) != CURLE_OK) return std::nullopt;
+  if (curl->easyPerform(handle.get()) != CURLE_OK) return std::nullopt;
   return std::move(body.bytes);
 }
 
