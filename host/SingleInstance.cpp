@@ -1,77 +1,70 @@
 #include "host/SingleInstance.h"
 
-#include <QDeadlineTimer>
-#include <QLocalSocket>
-#include <QThread>
+#include <chrono>
 #include <stdexcept>
+#include <system_error>
+#include <thread>
+
+#include <unistd.h>
 
 namespace Corvella {
 
 namespace {
 
-constexpr int kPatience = 3000;  // Milliseconds.
+using namespace std::chrono_literals;
+using std::chrono::steady_clock;
 
-QByteArray wordFor(SingleInstance::Message message) {
-  return message == SingleInstance::Message::Open ? "open\n" : "toggle\n";
+constexpr auto kPatience = 3s;
+
+std::string wordFor(SingleInstance::Message message) {
+  return message == SingleInstance::Message::Open ? "open" : "toggle";
 }
 
 }  // namespace
 
 SingleInstance::SingleInstance(const QString& folder)
-    : socketPath_(folder + "/corvella.socket"), lock_(folder + "/corvella.lock") {
-  // It is held as long as the program runs; that of a program that has died counts for nothing.
-  lock_.setStaleLockTime(0);
-  server_.setSocketOptions(QLocalServer::UserAccessOption);
-  connect(&server_, &QLocalServer::newConnection, this, &SingleInstance::acceptNext);
+    : lockPath_((folder + "/corvella.lock").toStdString()),
+      socketPath_((folder + "/corvella.socket").toStdString()) {}
+
+SingleInstance::~SingleInstance() {
+  if (socket_) ::unlink(socketPath_.c_str());
 }
 
 bool SingleInstance::becomeFirst() {
-  if (!lock_.tryLock(0)) {
-    if (lock_.error() == QLockFile::LockFailedError) return false;
-    throw std::runtime_error("cannot write in the folder of " + socketPath_.toStdString());
-  }
-  QLocalServer::removeServer(socketPath_);  // One that has died leaves its socket behind.
-  if (!server_.listen(socketPath_)) {
-    throw std::runtime_error("cannot listen on " + socketPath_.toStdString() + ": " +
-                             server_.errorString().toStdString());
+  try {
+    lock_.emplace(lockPath_);
+    if (!lock_->tryLock()) return false;
+    listen();
+  } catch (const std::system_error& error) {
+    throw std::runtime_error("cannot watch for other instances: " + std::string(error.what()));
   }
   return true;
 }
 
-bool SingleInstance::tellFirst(Message message) {
-  QLocalSocket socket;
-  const QDeadlineTimer deadline(kPatience);
-  // One that has just started does not listen at once.
-  while (socket.state() != QLocalSocket::ConnectedState) {
-    if (deadline.hasExpired()) return false;
-    socket.connectToServer(socketPath_);
-    if (!socket.waitForConnected(kPatience)) QThread::msleep(20);
-  }
-  socket.write(wordFor(message));
-  if (!socket.waitForBytesWritten(kPatience)) return false;
-  // It hangs up once it has read.
-  return socket.state() == QLocalSocket::UnconnectedState || socket.waitForDisconnected(kPatience);
+void SingleInstance::listen() {
+  socket_.emplace(LocalSocket::at(socketPath_));
+  notifier_ = std::make_unique<QSocketNotifier>(socket_->descriptor(), QSocketNotifier::Read);
+  connect(notifier_.get(), &QSocketNotifier::activated, this, &SingleInstance::read);
 }
 
-void SingleInstance::acceptNext() {
-  while (auto* const socket = server_.nextPendingConnection()) {
-    connect(socket, &QLocalSocket::disconnected, socket, &QObject::deleteLater);
-    connect(socket, &QLocalSocket::readyRead, this, [this, socket] { read(*socket); });
-    read(*socket);
-  }
-}
-
-void SingleInstance::read(QLocalSocket& socket) {
-  constexpr qint64 kLongestMessage = 16;
-  if (!socket.canReadLine()) {
-    if (socket.bytesAvailable() > kLongestMessage) socket.abort();
-    return;
-  }
-  const auto word = socket.readLine(kLongestMessage);
+void SingleInstance::read() {
+  const auto received = socket_->receive();
+  if (!received) return;
   for (const auto message : {Message::Open, Message::Toggle}) {
-    if (word == wordFor(message)) emit told(message);
+    if (received->text == wordFor(message)) emit told(message);
   }
-  socket.disconnectFromServer();
+  socket_->send(received->text, received->sender);  // Read, this says.
+}
+
+bool SingleInstance::tellFirst(Message message) const {
+  const auto socket = LocalSocket::unnamed();
+  const auto deadline = steady_clock::now() + kPatience;
+  // One that has just started does not listen at once.
+  while (!socket.send(wordFor(message), socketPath_)) {
+    if (steady_clock::now() > deadline) return false;
+    std::this_thread::sleep_for(20ms);
+  }
+  return socket.receive(kPatience).has_value();
 }
 
 }  // namespace Corvella

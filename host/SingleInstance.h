@@ -1,12 +1,15 @@
 #pragma once
 
-#include <QLocalServer>
-#include <QLockFile>
 #include <QObject>
+#include <QSocketNotifier>
 #include <QString>
 #include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
 
-class QLocalSocket;
+#include "host/FileLock.h"
+#include "host/LocalSocket.h"
 
 namespace Corvella {
 
@@ -22,6 +25,9 @@ class SingleInstance final : public QObject {
 
   /// Uses `folder`, which exists and is the user's own.
   explicit SingleInstance(const QString& folder);
+  ~SingleInstance() override;
+  SingleInstance(const SingleInstance&) = delete;
+  SingleInstance& operator=(const SingleInstance&) = delete;
 
   /// Takes the first one's place if it is free and listens for the others; false when it is taken.
   /// Throws `std::runtime_error` when the folder cannot be used.
@@ -29,18 +35,20 @@ class SingleInstance final : public QObject {
 
   /// Tells the first one. Waits until it has read the message, at most a few seconds; false when it
   /// does not.
-  bool tellFirst(Message message);
+  bool tellFirst(Message message) const;
 
  signals:
   void told(Corvella::SingleInstance::Message message);
 
  private:
-  void read(QLocalSocket& socket);
-  void acceptNext();
+  void listen();
+  void read();
 
-  const QString socketPath_;
-  QLockFile lock_;
-  QLocalServer server_;
+  const std::string lockPath_;
+  const std::string socketPath_;
+  std::optional<FileLock> lock_;
+  std::optional<LocalSocket> socket_;
+  std::unique_ptr<QSocketNotifier> notifier_;
 };
 
 }  // namespace Corvella

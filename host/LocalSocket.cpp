@@ -1,0 +1,107 @@
+#include "host/LocalSocket.h"
+
+#include <array>
+#include <cerrno>
+#include <cstddef>
+#include <cstring>
+#include <system_error>
+#include <utility>
+
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+namespace Corvella {
+
+namespace {
+
+/// A name of a socket as the kernel wants it.
+class Address {
+ public:
+  Address() { address_.sun_family = AF_UNIX; }
+  explicit Address(const std::string& name) : Address() {
+    if (name.size() >= sizeof address_.sun_path) {
+      throw std::system_error(ENAMETOOLONG, std::generic_category(), name);
+    }
+    std::memcpy(address_.sun_path, name.data(), name.size());
+    length_ += static_cast<socklen_t>(name.size());
+  }
+
+  // NOLINTBEGIN(cppcoreguidelines-pro-type-reinterpret-cast): how sockets tell kinds of address.
+  const sockaddr* get() const { return reinterpret_cast<const sockaddr*>(&address_); }
+  sockaddr* get() { return reinterpret_cast<sockaddr*>(&address_); }
+  // NOLINTEND(cppcoreguidelines-pro-type-reinterpret-cast)
+  socklen_t length() const { return length_; }
+
+  /// For the kernel to write to, `length()` afterwards.
+  socklen_t* room() {
+    length_ = sizeof address_;
+    return &length_;
+  }
+  std::string name() const { return {address_.sun_path, length_ - kBeforeName}; }
+
+ private:
+  static constexpr socklen_t kBeforeName = offsetof(sockaddr_un, sun_path);
+
+  sockaddr_un address_{};
+  socklen_t length_ = kBeforeName;
+};
+
+void check(int result, const std::string& subject) {
+  if (result < 0) throw std::system_error(errno, std::generic_category(), subject);
+}
+
+}  // namespace
+
+LocalSocket::LocalSocket()
+    : descriptor_(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0)) {
+  check(descriptor_, "socket");
+}
+
+LocalSocket::LocalSocket(LocalSocket&& other) noexcept
+    : descriptor_(std::exchange(other.descriptor_, -1)) {}
+
+LocalSocket::~LocalSocket() {
+  if (descriptor_ >= 0) ::close(descriptor_);
+}
+
+LocalSocket LocalSocket::at(const std::string& path) {
+  LocalSocket socket;
+  const Address address(path);
+  ::unlink(path.c_str());
+  check(::bind(socket.descriptor_, address.get(), address.length()), path);
+  check(::chmod(path.c_str(), S_IRUSR | S_IWUSR), path);
+  return socket;
+}
+
+LocalSocket LocalSocket::unnamed() {
+  LocalSocket socket;
+  const Address any;  // The kernel finds a name, for the answers.
+  check(::bind(socket.descriptor_, any.get(), any.length()), "socket");
+  return socket;
+}
+
+std::optional<LocalSocket::Message> LocalSocket::receive() const {
+  constexpr std::size_t kLongest = 16;
+  std::array<char, kLongest> text{};
+  Address sender;
+  const auto size =
+      ::recvfrom(descriptor_, text.data(), text.size(), 0, sender.get(), sender.room());
+  if (size < 0) return std::nullopt;
+  return Message{.text = {text.data(), static_cast<std::size_t>(size)}, .sender = sender.name()};
+}
+
+std::optional<LocalSocket::Message> LocalSocket::receive(std::chrono::milliseconds patience) const {
+  pollfd readable{.fd = descriptor_, .events = POLLIN, .revents = 0};
+  ::poll(&readable, 1, static_cast<int>(patience.count()));
+  return receive();
+}
+
+bool LocalSocket::send(std::string_view text, const std::string& address) const {
+  const Address receiver(address);
+  return ::sendto(descriptor_, text.data(), text.size(), 0, receiver.get(), receiver.length()) >= 0;
+}
+
+}  // namespace Corvella
