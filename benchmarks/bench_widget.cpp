@@ -18,7 +18,7 @@
 #include "benchmarks/Ratio.h"
 #include "benchmarks/RawReader.h"
 #include "host/ExtensionThread.h"
-#include "host/QtFontFinder.h"
+#include "host/FontconfigFinder.h"
 #include "host/QtImageDecoder.h"
 #include "host/QtTextMeasurer.h"
 #include "host/WidgetClasses.h"
@@ -194,7 +194,7 @@ struct WholeWidget {
   SteadyClock clock;
   NSBundle bundle{CORVELLA_RESOURCES};
   QtImageDecoder decoder;
-  QtFontFinder fonts;
+  FontconfigFinder fonts;
   QtTextMeasurer measurer;
   EmbeddedPlayer player;
   PlayerScriptRunner runner{player, shippedTargets()};

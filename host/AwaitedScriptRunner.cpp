@@ -1,24 +1,25 @@
-#include "host/LateScriptRunner.h"
+#include "host/AwaitedScriptRunner.h"
 
 #include <exception>
 #include <utility>
 
 namespace Corvella {
 
-LateScriptRunner::LateScriptRunner(Make make, Failed failed)
-    : make_(std::move(make)), failed_(std::move(failed)) {}
+AwaitedScriptRunner::AwaitedScriptRunner(Make make, Failed failed)
+    : runner_(std::async(
+          std::launch::async,
+          [make = std::move(make), failed = std::move(failed)]() -> std::unique_ptr<ScriptRunner> {
+            try {
+              return make();
+            } catch (const std::exception& error) {
+              failed(error.what());
+              return nullptr;
+            }
+          })) {}
 
-std::unique_ptr<NSAppleScript> LateScriptRunner::initWithSource(std::string source) {
-  std::call_once(made_, [this] { makeRunner(); });
-  return runner_ ? runner_->initWithSource(std::move(source)) : nullptr;
-}
-
-void LateScriptRunner::makeRunner() {
-  try {
-    runner_ = make_();
-  } catch (const std::exception& error) {
-    failed_(error.what());
-  }
+std::unique_ptr<NSAppleScript> AwaitedScriptRunner::initWithSource(std::string source) {
+  const auto& runner = runner_.get();
+  return runner ? runner->initWithSource(std::move(source)) : nullptr;
 }
 
 }  // namespace Corvella

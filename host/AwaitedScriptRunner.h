@@ -1,36 +1,32 @@
 #pragma once
 
 #include <functional>
+#include <future>
 #include <memory>
-#include <mutex>
 #include <string>
 
 #include "scripting/ScriptRunner.h"
 
 namespace Corvella {
 
-/// Makes its script runner when the first script comes, on the thread that the script comes on: to
-/// reach a player takes a while.
+/// Makes its script runner on a thread of its own, since reaching a player takes a while; scripts
+/// wait until it is made.
 ///
-/// Any thread.
-class LateScriptRunner final : public ScriptRunner {
+/// Any thread; scripts not on the GUI thread.
+class AwaitedScriptRunner final : public ScriptRunner {
  public:
   using Make = std::function<std::unique_ptr<ScriptRunner>()>;
   using Failed = std::function<void(const std::string& reason)>;
 
-  /// `make` may throw a `std::exception`; `failed` is then called with its message, once, on the
-  /// thread of the script, and there are no scripts.
-  LateScriptRunner(Make make, Failed failed);
+  /// Starts at once. `make` may throw a `std::exception`; `failed` is then called with its message,
+  /// once, on the other thread, and there are no scripts.
+  AwaitedScriptRunner(Make make, Failed failed);
 
   std::unique_ptr<NSAppleScript> initWithSource(std::string source) override;
 
  private:
-  void makeRunner();
-
-  const Make make_;
-  const Failed failed_;
-  std::once_flag made_;
-  std::unique_ptr<ScriptRunner> runner_;
+  // Its end waits until the runner is made.
+  const std::shared_future<std::unique_ptr<ScriptRunner>> runner_;
 };
 
 }  // namespace Corvella

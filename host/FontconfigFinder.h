@@ -6,8 +6,9 @@
 
 namespace Corvella {
 
-/// Finds fonts among those that Qt knows. Needs a `QGuiApplication`. Any thread.
-class QtFontFinder final : public NSFontFinder {
+/// Finds fonts among those of the system, which are also those that Qt knows; asked about them, Qt
+/// would hold up the window, which loads its own fonts just then. Any thread.
+class FontconfigFinder final : public NSFontFinder {
  public:
   bool hasFamily(std::string_view family) const override;
 };

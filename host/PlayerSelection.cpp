@@ -1,21 +1,23 @@
 #include "host/PlayerSelection.h"
 
+#include <filesystem>
 #include <stdexcept>
 #include <string_view>
 
+#include "host/PlayerModules.h"
+#include "host/ProgramFolders.h"
 #include "players/embedded/EmbeddedPlayer.h"
-#include "players/mpris/MprisPlayer.h"
 
 namespace Corvella {
 
 namespace {
 
-std::string_view withoutPrefix(std::string_view name) {
-  constexpr std::string_view prefix = "org.mpris.MediaPlayer2.";
-  return name.starts_with(prefix) ? name.substr(prefix.size()) : name;
+/// The players on the session bus.
+const PlayerModule& mprisModule() {
+  return loadPlayerModule(ProgramFolders::modules() / "corvella-mpris.so");
 }
 
-std::string_view wordFor(const PlayerRoster::Player& player) {
+std::string_view wordFor(const PlayerModule::ListedPlayer& player) {
   if (player.silent) return "does not answer";
   switch (player.state) {
     case PlayerState::Playing:
@@ -33,9 +35,9 @@ std::string_view wordFor(const PlayerRoster::Player& player) {
 std::unique_ptr<MusicPlayer> selectPlayer(const std::string& choice, const Clock& clock,
                                           const NSBundle& bundle, std::ostream& notices) {
   if (choice == "embedded") return std::make_unique<EmbeddedPlayer>(clock, bundle);
-  if (choice != "auto") return std::make_unique<MprisPlayer>(choice);
+  if (choice != "auto") return mprisModule().makePlayer(choice);
   try {
-    return std::make_unique<MprisPlayer>();
+    return mprisModule().makePlayer({});
   } catch (const std::runtime_error& error) {
     notices << "corvella: " << error.what() << "; showing the embedded player\n";
     return std::make_unique<EmbeddedPlayer>(clock, bundle);
@@ -45,8 +47,8 @@ std::unique_ptr<MusicPlayer> selectPlayer(const std::string& choice, const Clock
 void listPlayers(std::ostream& output, std::ostream& notices) {
   output << "embedded (built in)\n";
   try {
-    for (const auto& player : MprisPlayer().players()) {
-      output << withoutPrefix(player.name) << " (" << wordFor(player) << ")\n";
+    for (const auto& player : mprisModule().listPlayers()) {
+      output << player.name << " (" << wordFor(player) << ")\n";
     }
   } catch (const std::runtime_error& error) {
     notices << "corvella: " << error.what() << "\n";

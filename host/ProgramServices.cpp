@@ -1,12 +1,11 @@
 #include "host/ProgramServices.h"
 
-#include <QCoreApplication>
-#include <filesystem>
 #include <iostream>
 #include <stdexcept>
 #include <utility>
 
 #include "host/PlayerSelection.h"
+#include "host/ProgramFolders.h"
 #include "platform/foundation/NSPropertyList.h"
 #include "players/PlayerScriptRunner.h"
 #include "players/ScriptingTargets.h"
@@ -14,11 +13,6 @@
 namespace Corvella {
 
 namespace {
-
-NSBundle resourceBundle() {
-  const std::filesystem::path program = QCoreApplication::applicationDirPath().toStdString();
-  return NSBundle(program.parent_path() / "share" / "corvella");
-}
 
 ScriptingTargets entitledTargets(const NSBundle& bundle) {
   constexpr auto name = "Corvella.entitlements";
@@ -45,7 +39,7 @@ class PlayerWithRunner final : public ScriptRunner {
 
 }  // namespace
 
-ProgramServices::ProgramServices() : bundle_(resourceBundle()) {}
+ProgramServices::ProgramServices() : bundle_(ProgramFolders::resources()) {}
 
 std::unique_ptr<ScriptRunner> ProgramServices::makeScriptRunner(const std::string& player) const {
   return std::make_unique<PlayerWithRunner>(selectPlayer(player, clock_, bundle_, std::cerr),

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "host/ExtensionThread.h"
-#include "host/QtFontFinder.h"
+#include "host/FontconfigFinder.h"
 #include "host/QtImageDecoder.h"
 #include "host/QtTextMeasurer.h"
 #include "platform/dispatch/Clock.h"
@@ -29,7 +29,7 @@ class ProgramServices {
  private:
   SteadyClock clock_;
   QtImageDecoder imageDecoder_;
-  QtFontFinder fontFinder_;
+  FontconfigFinder fontFinder_;
   QtTextMeasurer textMeasurer_;
   NSBundle bundle_;
 };

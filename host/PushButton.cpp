@@ -1,36 +1,58 @@
 #include "host/PushButton.h"
 
-#include <QStyleOptionButton>
-#include <QStylePainter>
+#include <QPainter>
 
 #include "host/QtFonts.h"
+#include "host/Theme.h"
 #include "host/TransportSign.h"
 
 namespace Corvella {
 
-PushButton::PushButton(QWidget* parent) : QPushButton(parent) {
+PushButton::PushButton(QWidget* parent, Look look) : QPushButton(parent), look_(look) {
   setFocusPolicy(Qt::TabFocus);
+  setAttribute(Qt::WA_Hover);
 }
 
 void PushButton::display(const ButtonContent& content) {
   setFont(qtFont(content.font.get()));
-  // An ampersand is a sign like any other.
-  setText(QString::fromStdString(content.title).replace(u'&', "&&"));
   setEnabled(content.enabled);
   sign_ = transportSign(content.title);
+  title_ = sign_.isEmpty() ? QString::fromStdString(content.title) : QString();
+  // An ampersand is a letter like any other.
+  setText(QString(title_).replace(u'&', "&&"));
   update();
 }
 
-void PushButton::paintEvent(QPaintEvent* event) {
-  if (sign_.isEmpty()) return QPushButton::paintEvent(event);
-  QStylePainter painter(this);
-  QStyleOptionButton option;
-  initStyleOption(&option);
-  option.text.clear();
-  painter.drawControl(QStyle::CE_PushButton, option);
+void PushButton::paintEvent(QPaintEvent* /*event*/) {
+  constexpr double kCornerRadius = 8;
+  QPainter painter(this);
   painter.setRenderHint(QPainter::Antialiasing);
+  theme::fillRounded(painter, rect(), kCornerRadius, backgroundColor());
+  if (hasFocus()) theme::paintFocusRing(painter, rect());
+  const auto color = isEnabled() ? theme::text() : theme::faintText();
+  painter.setPen(color);
+  painter.drawText(rect(), Qt::AlignCenter | Qt::TextSingleLine, title_);
   painter.translate(QRectF(rect()).center() - sign_.boundingRect().center());
-  painter.fillPath(sign_, option.palette.color(QPalette::ButtonText));
+  painter.fillPath(sign_, color);
+}
+
+QColor PushButton::backgroundColor() const {
+  const bool flat = look_ == Look::Flat;
+  constexpr int kFaint = 10;
+  constexpr int kPressed = 16;
+  constexpr int kUsual = 26;
+  constexpr int kHovered = 46;
+  QColor color = Qt::white;
+  if (!isEnabled()) {
+    color.setAlpha(flat ? 0 : kFaint);
+  } else if (isDown()) {
+    color.setAlpha(kPressed);
+  } else if (underMouse()) {
+    color.setAlpha(kHovered);
+  } else {
+    color.setAlpha(flat ? 0 : kUsual);
+  }
+  return color;
 }
 
 }  // namespace Corvella

@@ -7,11 +7,14 @@
 
 namespace Corvella {
 
-/// A flat button. Titles that are transport signs are painted as shapes, since fonts disagree on
-/// how they look. The keyboard reaches it by Tab; a click leaves the focus where it is.
+/// A button, which shows transport signs as shapes of our own: those of the fonts differ in size
+/// and place. Reached by Tab, not by clicking, so that keys keep their meaning after a click.
 class PushButton final : public QPushButton {
  public:
-  explicit PushButton(QWidget* parent);
+  /// A flat one is no more than its title until the pointer is on it.
+  enum class Look : std::uint8_t { Raised, Flat };
+
+  explicit PushButton(QWidget* parent, Look look = Look::Raised);
 
   void display(const ButtonContent& content);
 
@@ -19,7 +22,11 @@ class PushButton final : public QPushButton {
   void paintEvent(QPaintEvent* event) override;
 
  private:
-  QPainterPath sign_;  // Empty when the title is painted as text.
+  QColor backgroundColor() const;
+
+  const Look look_;
+  QString title_;
+  QPainterPath sign_;
 };
 
 }  // namespace Corvella

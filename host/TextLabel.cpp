@@ -28,6 +28,20 @@ Qt::Alignment alignmentOf(NSTextAlignment alignment, bool rightToLeft) {
   return (right ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignAbsolute;
 }
 
+/// The text as far as it fits.
+QString elided(const QString& text, const QFontMetrics& metrics, int width) {
+  auto room = width;
+  auto shown = metrics.elidedText(text, Qt::ElideRight, room);
+  if (shown == text) return shown;
+  // Qt elides letter by letter; joined, as Arabic ones are, they may be wider.
+  for (auto excess = metrics.horizontalAdvance(shown) - width; excess > 0 && room > 0;
+       excess = metrics.horizontalAdvance(shown) - width) {
+    room -= excess;
+    shown = metrics.elidedText(text, Qt::ElideRight, room);
+  }
+  return shown;
+}
+
 }  // namespace
 
 TextLabel::TextLabel(QWidget* parent) : QLabel(parent) {
@@ -40,20 +54,7 @@ void TextLabel::display(const TextFieldContent& content) {
   color_ = qtColor(content.color);
   setAlignment(alignmentOf(content.alignment, text.isRightToLeft()) | Qt::AlignVCenter);
   setText(text);
-  offerWholeText();
-}
-
-QString TextLabel::shownText() const {
-  const auto metrics = fontMetrics();
-  auto room = width();
-  auto shown = metrics.elidedText(text(), Qt::ElideRight, room);
-  // Qt elides letter by letter; joined, as Arabic ones are, they may be wider.
-  for (auto excess = metrics.horizontalAdvance(shown) - width(); excess > 0 && room > 0;
-       excess = metrics.horizontalAdvance(shown) - width()) {
-    room -= excess;
-    shown = metrics.elidedText(text(), Qt::ElideRight, room);
-  }
-  return shown;
+  fit();
 }
 
 void TextLabel::paintEvent(QPaintEvent* /*event*/) {
@@ -61,16 +62,17 @@ void TextLabel::paintEvent(QPaintEvent* /*event*/) {
   painter.setFont(font());
   painter.setPen(color_);
   painter.setLayoutDirection(text().isRightToLeft() ? Qt::RightToLeft : Qt::LeftToRight);
-  painter.drawText(rect(), static_cast<int>(alignment()) | Qt::TextSingleLine, shownText());
+  painter.drawText(rect(), static_cast<int>(alignment()) | Qt::TextSingleLine, shown_);
 }
 
 void TextLabel::resizeEvent(QResizeEvent* /*event*/) {
-  offerWholeText();
+  fit();
 }
 
-void TextLabel::offerWholeText() {
+void TextLabel::fit() {
+  shown_ = elided(text(), fontMetrics(), width());
   // Tooltips that look like markup would be shown as such.
-  setToolTip(shownText() == text() ? QString() : "<span>" + text().toHtmlEscaped() + "</span>");
+  setToolTip(shown_ == text() ? QString() : "<span>" + text().toHtmlEscaped() + "</span>");
 }
 
 }  // namespace Corvella

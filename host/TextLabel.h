@@ -16,16 +16,17 @@ class TextLabel final : public QLabel {
   void display(const TextFieldContent& content);
 
   /// The text as it is painted.
-  QString shownText() const;
+  const QString& shownText() const { return shown_; }
 
  protected:
   void paintEvent(QPaintEvent* event) override;
   void resizeEvent(QResizeEvent* event) override;
 
  private:
-  void offerWholeText();
+  void fit();
 
   QColor color_;
+  QString shown_;
 };
 
 }  // namespace Corvella

@@ -2,10 +2,12 @@
 
 #include <QColor>
 #include <QPainter>
+#include <QPalette>
 #include <QRect>
 #include <QString>
 
-/// How the Today view looks.
+/// How the Today view looks. Its controls paint themselves: a style sheet for all of them would
+/// make the program start a good deal later.
 namespace Corvella::theme {
 
 inline QColor panel() {
@@ -13,6 +15,16 @@ inline QColor panel() {
 }
 inline QColor panelEdge() {
   return {0xff, 0xff, 0xff, 0x24};
+}
+inline QColor card() {
+  return {0x2b, 0x2b, 0x31};
+}
+inline QColor text() {
+  return {0xf2, 0xf2, 0xf4};
+}
+/// Of what cannot be used just now.
+inline QColor faintText() {
+  return {0x8e, 0x8e, 0x95};
 }
 inline QColor groove() {
   return {0xff, 0xff, 0xff, 0x38};
@@ -30,11 +42,15 @@ inline QColor starPreview() {
   return {0xff, 0xe0, 0x92};
 }
 
-constexpr int kCornerRadius = 12;
+constexpr double kCornerRadius = 12;
 
-/// The style sheet of the window and all that it holds.
-QString styleSheet();
+/// What Qt paints by itself: selected text, menus.
+QPalette palette();
+QPalette toolTipPalette();
+QString scrollBarStyleSheet();
 
+/// Fills `area` with its corners rounded.
+void fillRounded(QPainter& painter, const QRectF& area, double radius, const QColor& color);
 /// A ring just inside `area`.
 void paintFocusRing(QPainter& painter, const QRect& area);
 

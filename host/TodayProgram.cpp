@@ -4,8 +4,11 @@
 #include <QFileInfo>
 #include <QIcon>
 #include <QStandardPaths>
+#include <QTimer>
+#include <QToolTip>
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <filesystem>
 #include <iostream>
 #include <memory>
@@ -13,11 +16,14 @@
 #include <stdexcept>
 #include <string>
 
-#include "host/LateScriptRunner.h"
+#include "host/AwaitedScriptRunner.h"
+#include "host/FontPreload.h"
 #include "host/ProgramServices.h"
+#include "host/ResidentMemory.h"
 #include "host/SingleInstance.h"
 #include "host/SnapshotImage.h"
 #include "host/TerminationSignals.h"
+#include "host/Theme.h"
 #include "host/TodayView.h"
 #include "host/Tray.h"
 #include "host/WidgetDisplay.h"
@@ -27,17 +33,24 @@ namespace Corvella {
 namespace {
 
 constexpr auto kPlatform = "QT_QPA_PLATFORM";
+constexpr std::chrono::milliseconds kUntilWindowStands{300};
+constexpr std::chrono::seconds kUntilAllIsShown{3};
 
 /// An application of Qt's, which keeps the arguments that it refers to. It takes none of ours.
 class Application {
  public:
-  Application() : application_(count_, arguments_.data()) {
+  Application() : Application(std::make_unique<FontPreload>()) {}
+
+ private:
+  explicit Application(std::unique_ptr<FontPreload> fonts)
+      : application_(count_, arguments_.data()) {
+    fonts = nullptr;  // Read while Qt has reached for the display server.
     QApplication::setApplicationName("corvella");
     QApplication::setDesktopFileName("corvella");
     QApplication::setQuitOnLastWindowClosed(false);
+    QToolTip::setPalette(theme::toolTipPalette());
   }
 
- private:
   std::string name_ = "corvella";
   int count_ = 1;
   std::array<char*, 2> arguments_{name_.data(), nullptr};
@@ -54,7 +67,7 @@ struct Composition {
 
   ProgramServices services;
   WidgetBridge bridge;
-  LateScriptRunner runner;
+  AwaitedScriptRunner runner;
   TodayView view;
 };
 
@@ -112,47 +125,81 @@ void connectInstance(const SingleInstance& instance, TodayView& view) {
   });
 }
 
-std::unique_ptr<Tray> makeTray(TodayView& view) {
-  if (!Tray::isAvailable()) return nullptr;
-  auto tray = std::make_unique<Tray>(QApplication::windowIcon());
-  QObject::connect(tray.get(), &Tray::toggled, &view, &TodayView::toggle);
-  QObject::connect(tray.get(), &Tray::quitRequested, qApp, &QApplication::quit);
-  return tray;
-}
-
 QIcon programIcon() {
   const auto share = QCoreApplication::applicationDirPath() + "/../share/";
   const QIcon unpacked(share + "corvella/corvella.png");
   return QIcon::fromTheme("corvella", unpacked);
 }
 
+/// The Today view on a desktop, until the user ends it.
+class OnDesktop {
+ public:
+  explicit OnDesktop(const std::string& player) : composition_(player) {
+    auto& view = composition_.view;
+    QObject::connect(&composition_.bridge, &WidgetBridge::failed, [this](const QString& reason) {
+      failure_ = reason.toStdString();
+      QApplication::quit();
+    });
+    QObject::connect(&view, &TodayView::closeRequested, [this] {
+      if (!tray_) QApplication::quit();
+    });
+    setUpAftermath();
+  }
+
+  TodayView& view() { return composition_.view; }
+
+  /// Returns the exit status. Throws `std::runtime_error` when the widget does not start.
+  int run() {
+    view().open();
+    const auto status = QApplication::exec();
+    view().hide();  // What follows may wait for a script.
+    if (failure_) throw std::runtime_error(*failure_);
+    return status;
+  }
+
+ private:
+  /// What can wait until the window stands, or until all is shown.
+  void setUpAftermath() {
+    QTimer::singleShot(kUntilWindowStands, &view(), [this] {
+      QApplication::setWindowIcon(programIcon());
+      makeTray();
+    });
+    allIsShown_.setSingleShot(true);
+    allIsShown_.setInterval(kUntilAllIsShown);
+    QObject::connect(&allIsShown_, &QTimer::timeout, ResidentMemory::release);
+    QObject::connect(&view(), &TodayView::appeared, [this] { allIsShown_.start(); });
+    QObject::connect(&view(), &TodayView::disappeared, [this] {
+      allIsShown_.stop();
+      ResidentMemory::release();
+    });
+  }
+
+  void makeTray() {
+    if (!Tray::isAvailable()) return;
+    tray_ = std::make_unique<Tray>(QApplication::windowIcon());
+    QObject::connect(tray_.get(), &Tray::toggled, &view(), &TodayView::toggle);
+    QObject::connect(tray_.get(), &Tray::quitRequested, qApp, &QApplication::quit);
+  }
+
+  std::optional<std::string> failure_;
+  std::unique_ptr<Tray> tray_;
+  QTimer allIsShown_;
+  Composition composition_;
+};
+
 int runWindow(const CommandLine& commandLine, TerminationSignals& termination,
               const SingleInstance* instance) {
-  Composition composition(commandLine.player);
-  auto& view = composition.view;
-  QApplication::setWindowIcon(programIcon());
-  const auto tray = makeTray(view);
-  std::optional<std::string> failure;
-  QObject::connect(&composition.bridge, &WidgetBridge::failed, [&](const QString& reason) {
-    failure = reason.toStdString();
-    QApplication::quit();
-  });
-  if (!tray) {
-    QObject::connect(&view.window(), &TodayWindow::closeRequested, qApp, &QApplication::quit);
-  }
+  OnDesktop desktop(commandLine.player);
   QObject::connect(&termination, &TerminationSignals::received, qApp, &QApplication::quit);
   termination.listen();
-  if (instance != nullptr) connectInstance(*instance, view);
-  view.open();
-  const auto status = QApplication::exec();
-  view.hide();  // What follows may wait for a script.
-  if (failure) throw std::runtime_error(*failure);
-  return status;
+  if (instance != nullptr) connectInstance(*instance, desktop.view());
+  return desktop.run();
 }
 
 }  // namespace
 
 int runTodayView(const CommandLine& commandLine) {
+  ResidentMemory::sharePools();
   auto termination = std::make_unique<TerminationSignals>();
   const bool chosenByUser = qEnvironmentVariableIsSet(kPlatform);
   choosePlatform();

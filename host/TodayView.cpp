@@ -32,45 +32,61 @@ HostServices withRunner(const HostServices& services, ScriptRunner& runner) {
 
 TodayView::TodayView(const HostServices& services, WidgetBridge& bridge, const QString& player)
     : player_(shortened(player)),
+      bridge_(bridge),
       watch_(services.scriptRunner, services.clock),
       extension_(withRunner(services, watch_), bridge) {
   heartbeat_.setInterval(kHeartbeat);
   connect(&heartbeat_, &QTimer::timeout, this, &TodayView::beat);
-  connect(&bridge, &WidgetBridge::displayShown, &window_, &TodayWindow::apply);
   connect(&bridge, &WidgetBridge::reported, this,
           [this](NCUpdateResult result) { report_ = result; });
-  connect(&bridge, &WidgetBridge::pingAnswered, &window_.panel(), &WidgetPanel::acknowledge);
-  connectWindow();
   extension_.performUpdate();
 }
 
 TodayView::~TodayView() {
-  window_.disconnect(this);
-  window_.hide();
+  if (!window_) return;
+  window_->disconnect(this);
+  window_->hide();
+}
+
+TodayWindow& TodayView::window() {
+  if (!window_) {
+    window_ = std::make_unique<TodayWindow>();
+    connectWindow();
+  }
+  return *window_;
 }
 
 void TodayView::connectWindow() {
-  connect(&window_, &TodayWindow::shown, this, &TodayView::appear);
-  connect(&window_, &TodayWindow::hidden, this, &TodayView::disappear);
-  connect(&window_.panel(), &WidgetPanel::clicked, this,
+  auto& panel = window_->panel();
+  connect(&bridge_, &WidgetBridge::displayShown, window_.get(), &TodayWindow::apply);
+  connect(&bridge_, &WidgetBridge::pingAnswered, &panel, &WidgetPanel::acknowledge);
+  connect(window_.get(), &TodayWindow::restored, this, &TodayView::appear);
+  connect(window_.get(), &TodayWindow::hidden, this, &TodayView::disappear);
+  connect(window_.get(), &TodayWindow::closeRequested, this, &TodayView::closeRequested);
+  connect(&panel, &WidgetPanel::clicked, this,
           [this](const QString& control) { extension_.click(control.toStdString()); });
-  connect(&window_.panel(), &WidgetPanel::valueChosen, this,
+  connect(&panel, &WidgetPanel::valueChosen, this,
           [this](const QString& control, double value, quint64 input) {
             extension_.setValue(control.toStdString(), value);
             extension_.ping(input);
           });
 }
 
+bool TodayView::isOpen() const {
+  return window_ && window_->isVisible();
+}
+
 void TodayView::open() {
-  window_.open();
+  if (!isOpen()) appear();  // The widget prepares itself while the window is made.
+  window().open();
 }
 
 void TodayView::hide() {
-  window_.hide();
+  if (window_) window_->hide();
 }
 
 void TodayView::toggle() {
-  window_.isVisible() ? hide() : open();
+  isOpen() ? hide() : open();
 }
 
 void TodayView::appear() {
@@ -78,17 +94,19 @@ void TodayView::appear() {
   report_.reset();
   extension_.appear();
   heartbeat_.start();
+  emit appeared();
 }
 
 void TodayView::disappear() {
   heartbeat_.stop();
-  window_.setNotice({});
+  window_->setNotice({});
   extension_.disappear();
+  emit disappeared();
 }
 
 void TodayView::beat() {
-  window_.showDate();
-  window_.setNotice(isSilent() ? player_ + " does not answer" : QString());
+  window_->showDate();
+  window_->setNotice(isSilent() ? player_ + " does not answer" : QString());
   ++beatsSinceAppearance_;
   const bool nothingShown = report_ == NCUpdateResultNoData || isSilent();
   if (!nothingShown || watch_.isBusy() || beatsSinceAppearance_ < kBeatsBetweenAppearances) return;

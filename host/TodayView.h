@@ -3,6 +3,7 @@
 #include <QObject>
 #include <QString>
 #include <QTimer>
+#include <memory>
 #include <optional>
 
 #include "host/AnswerWatch.h"
@@ -30,7 +31,15 @@ class TodayView final : public QObject {
   void hide();
   void toggle();
 
-  TodayWindow& window() { return window_; }
+  bool isOpen() const;
+  /// Made by the first use.
+  TodayWindow& window();
+
+ signals:
+  void appeared();
+  void disappeared();
+  /// The user has asked to end the window, not just to put it away.
+  void closeRequested();
 
  private:
   void connectWindow();
@@ -40,12 +49,13 @@ class TodayView final : public QObject {
   bool isSilent() const;
 
   const QString player_;
+  WidgetBridge& bridge_;
   AnswerWatch watch_;
-  TodayWindow window_;
+  ExtensionThread extension_;
+  std::unique_ptr<TodayWindow> window_;
   QTimer heartbeat_;
   std::optional<NCUpdateResult> report_;
   int beatsSinceAppearance_ = 0;
-  ExtensionThread extension_;  // Last: until it ends it uses the watch.
 };
 
 }  // namespace Corvella

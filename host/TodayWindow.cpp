@@ -24,7 +24,10 @@ constexpr int kMargin = 12;
 constexpr int kHeadingHeight = 44;
 constexpr int kNoticeHeight = 16;
 constexpr double kNoticeSize = 12;
+constexpr double kDateSize = 16;  // That of the title, whose font is loaded anyway.
+constexpr NSColor kDateColor{.red = 0.95, .green = 0.95, .blue = 0.96};
 constexpr NSColor kNoticeColor{.red = 1, .green = 0.78, .blue = 0.43};
+constexpr int kCloseSize = 24;
 constexpr int kScreenMargin = 8;
 constexpr int kEasingMilliseconds = 150;
 /// The card until the widget tells how large it is.
@@ -37,13 +40,17 @@ QScreen* screenUnderPointer() {
 
 }  // namespace
 
+void Card::paintEvent(QPaintEvent* /*event*/) {
+  QPainter painter(this);
+  painter.setRenderHint(QPainter::Antialiasing);
+  theme::fillRounded(painter, rect(), theme::kCornerRadius, theme::card());
+}
+
 TodayWindow::TodayWindow() : QWidget(nullptr, Qt::Window | Qt::FramelessWindowHint) {
   setWindowTitle("Corvella");
   setAttribute(Qt::WA_TranslucentBackground);
-  setStyleSheet(theme::styleSheet());
-  layOut();
-  showDate();
-  setNotice({});
+  setPalette(theme::palette());
+  setUp();
   easing_.setDuration(kEasingMilliseconds);
   easing_.setEasingCurve(QEasingCurve::OutCubic);
   connect(&easing_, &QVariantAnimation::valueChanged, this,
@@ -53,39 +60,34 @@ TodayWindow::TodayWindow() : QWidget(nullptr, Qt::Window | Qt::FramelessWindowHi
   setCardHeight(kFirstCard.height());
 }
 
-void TodayWindow::layOut() {
+void TodayWindow::setUp() {
   date_.setObjectName("date");
   notice_.setObjectName("notice");
-  notice_.setFixedHeight(kNoticeHeight);
+  notice_.hide();
   close_.setObjectName("close");
-  close_.setText("\u2715");
+  close_.display({.title = "\u2715", .font = nullptr, .enabled = true});
   close_.setAccessibleName("Close");
   close_.setToolTip("Close (Esc hides)");
-  close_.setFixedSize(24, 24);
-  close_.setFocusPolicy(Qt::TabFocus);
-  card_.setObjectName("card");
-  scrolled_.setObjectName("scrolled");
 
   scroll_.setFrameShape(QFrame::NoFrame);
   scroll_.setFocusPolicy(Qt::NoFocus);
   scroll_.setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+  scroll_.setWidget(&card_);
   scroll_.viewport()->setAutoFillBackground(false);
-  scroll_.setWidget(&scrolled_);
+  card_.setAutoFillBackground(false);
+}
 
-  heading_.setContentsMargins(4, 0, kMargin, 0);
-  lines_.setSpacing(0);
-  lines_.addStretch();
-  lines_.addWidget(&date_);
-  lines_.addWidget(&notice_);
-  lines_.addStretch();
-  heading_.addLayout(&lines_, 1);
-  heading_.addWidget(&close_);
+void TodayWindow::place() {
+  const int left = kMargin + 4;
+  const int closeLeft = width() - kMargin - kCloseSize;
+  const QRect heading(left, 0, closeLeft - left, kHeadingHeight);
+  const int noticeHeight = notice_.isHidden() ? 0 : kNoticeHeight;
+  const int noticeTop = noticeHeight == 0 ? kHeadingHeight : kHeadingHeight / 2 + 2;
+  date_.setGeometry(heading.adjusted(0, noticeHeight == 0 ? 0 : 4, 0, noticeTop - kHeadingHeight));
+  notice_.setGeometry(left, noticeTop, heading.width(), kNoticeHeight);
+  close_.setGeometry(closeLeft, (kHeadingHeight - kCloseSize) / 2, kCloseSize, kCloseSize);
   // The margin on the right belongs to the scroll bar.
-  layout_.setContentsMargins(kMargin, 0, 0, kMargin);
-  layout_.setSpacing(0);
-  layout_.addLayout(&heading_);
-  heading_.addStrut(kHeadingHeight);
-  layout_.addWidget(&scroll_, 1);
+  scroll_.setGeometry(rect().adjusted(kMargin, kHeadingHeight, 0, -kMargin));
 }
 
 void TodayWindow::apply(const WidgetSnapshot& snapshot) {
@@ -109,11 +111,13 @@ void TodayWindow::easeCardHeightTo(int height) {
 
 void TodayWindow::setCardHeight(int height) {
   card_.resize(card_.width(), height);
-  scrolled_.resize(card_.size());
   const auto whole = kHeadingHeight + height + kMargin;
   const bool scrolls = whole > tallest_;
+  auto& bar = *scroll_.verticalScrollBar();
+  if (scrolls && bar.styleSheet().isEmpty()) bar.setStyleSheet(theme::scrollBarStyleSheet());
   scroll_.setVerticalScrollBarPolicy(scrolls ? Qt::ScrollBarAsNeeded : Qt::ScrollBarAlwaysOff);
   setFixedSize(kMargin + card_.width() + kMargin, std::min(whole, tallest_));
+  place();
 }
 
 void TodayWindow::setTallest(int height) {
@@ -133,17 +137,20 @@ void TodayWindow::open() {
 }
 
 void TodayWindow::setNotice(const QString& notice) {
-  if (notice != notice_.text()) {
-    notice_.display({.text = notice.toStdString(),
-                     .color = kNoticeColor,
-                     .font = NSFont::systemFontOfSize(kNoticeSize)});
-  }
+  if (notice == notice_.text()) return;
+  notice_.display({.text = notice.toStdString(),
+                   .color = kNoticeColor,
+                   .font = NSFont::systemFontOfSize(kNoticeSize)});
   notice_.setVisible(!notice.isEmpty());
+  place();
 }
 
 void TodayWindow::showDate() {
   const auto today = QLocale().toString(QDate::currentDate(), "dddd, d MMMM");
-  if (today != date_.text()) date_.setText(today);
+  if (today == date_.text()) return;
+  date_.display({.text = today.toStdString(),
+                 .color = kDateColor,
+                 .font = NSFont::boldSystemFontOfSize(kDateSize)});
 }
 
 void TodayWindow::paintEvent(QPaintEvent* /*event*/) {
@@ -176,7 +183,7 @@ void TodayWindow::showEvent(QShowEvent* event) {
   QWidget::showEvent(event);
   showDate();
   setFocus();
-  emit shown();
+  if (event->spontaneous()) emit restored();
 }
 
 void TodayWindow::hideEvent(QHideEvent* event) {

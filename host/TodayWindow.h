@@ -1,19 +1,21 @@
 #pragma once
 
-#include <QFrame>
-#include <QHBoxLayout>
-#include <QLabel>
-#include <QPushButton>
 #include <QScrollArea>
 #include <QString>
-#include <QVBoxLayout>
 #include <QVariantAnimation>
 #include <QWidget>
 
+#include "host/PushButton.h"
 #include "host/TextLabel.h"
 #include "host/WidgetPanel.h"
 
 namespace Corvella {
+
+/// What lies behind the widget.
+class Card final : public QWidget {
+ protected:
+  void paintEvent(QPaintEvent* event) override;
+};
 
 /// The panel on the desktop: a heading, and below it the widget in a card that is as tall as the
 /// widget asks for and scrolls where the screen ends.
@@ -41,7 +43,8 @@ class TodayWindow final : public QWidget {
   WidgetPanel& panel() { return panel_; }
 
  signals:
-  void shown();
+  /// The desktop shows the window again that it had put away.
+  void restored();
   void hidden();
   /// The user has asked to end the window, not just to put it away.
   void closeRequested();
@@ -55,20 +58,17 @@ class TodayWindow final : public QWidget {
   void closeEvent(QCloseEvent* event) override;
 
  private:
-  void layOut();
+  void setUp();
+  void place();
   void setCardHeight(int height);
   void easeCardHeightTo(int height);
   void scrollByKey(const QKeyEvent& event);
 
-  QVBoxLayout layout_{this};
-  QHBoxLayout heading_;
-  QVBoxLayout lines_;  // Of the heading.
-  QLabel date_{this};
+  TextLabel date_{this};
   TextLabel notice_{this};
-  QPushButton close_{this};
+  PushButton close_{this, PushButton::Look::Flat};
   QScrollArea scroll_{this};
-  QWidget scrolled_;
-  QFrame card_{&scrolled_};
+  Card card_;
   WidgetPanel panel_{&card_};
   QVariantAnimation easing_;
   bool eased_ = true;

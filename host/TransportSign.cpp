@@ -18,6 +18,19 @@ QPolygonF leftTriangle(double x, double width) {
   return QPolygonF({{x + width, 0}, {x, kHeight / 2}, {x + width, kHeight}, {x + width, 0}});
 }
 
+QPainterPath cross() {
+  constexpr double kSize = 9;
+  QPainterPath lines;
+  lines.moveTo(0, 0);
+  lines.lineTo(kSize, kSize);
+  lines.moveTo(kSize, 0);
+  lines.lineTo(0, kSize);
+  QPainterPathStroker stroker;
+  stroker.setWidth(1.5);
+  stroker.setCapStyle(Qt::RoundCap);
+  return stroker.createStroke(lines).simplified();
+}
+
 QPolygonF bar(double x) {
   return QRectF(x, 0, kBar, kHeight);
 }
@@ -35,6 +48,7 @@ QPainterPath transportSign(std::string_view title) {
   if (title == "\u25b6\u25b6") add(rightTriangle(0, kNarrow), rightTriangle(kNarrow, kNarrow));
   if (title == "\u25c0\u25c0") add(leftTriangle(0, kNarrow), leftTriangle(kNarrow, kNarrow));
   if (title == "\u275a\u275a") add(bar(0), bar(2 * kBar));
+  if (title == "\u2715") path = cross();
   return path;
 }
 

@@ -1,15 +1,19 @@
 #include "host/ValueSlider.h"
 
 #include <QMouseEvent>
+#include <QPainter>
 #include <QSignalBlocker>
 #include <QStyle>
-#include <QStyleOptionSlider>
 #include <algorithm>
 #include <cmath>
+
+#include "host/Theme.h"
 
 namespace Corvella {
 
 namespace {
+
+constexpr double kThumb = 14;  // How wide.
 
 int wholeNumber(double number) {
   constexpr double kLargest = 1'000'000;
@@ -24,6 +28,7 @@ ValueSlider::ValueSlider(QWidget* parent) : QSlider(Qt::Horizontal, parent) {
   setSingleStep(kStep);
   setPageStep(2 * kStep);
   setFocusPolicy(Qt::TabFocus);
+  setAttribute(Qt::WA_Hover);
 }
 
 void ValueSlider::display(const SliderContent& content) {
@@ -35,7 +40,7 @@ void ValueSlider::display(const SliderContent& content) {
 void ValueSlider::mousePressEvent(QMouseEvent* event) {
   if (event->button() != Qt::LeftButton) return event->ignore();
   const auto x = event->position().x();
-  const QRectF held(thumb());
+  const auto held = thumb();
   grip_ = held.contains(event->position()) ? x - held.center().x() : 0;
   setSliderDown(true);
   moveTo(x);
@@ -49,16 +54,29 @@ void ValueSlider::mouseReleaseEvent(QMouseEvent* event) {
   if (event->button() == Qt::LeftButton) setSliderDown(false);
 }
 
-QRect ValueSlider::thumb() const {
-  QStyleOptionSlider option;
-  initStyleOption(&option);
-  return style()->subControlRect(QStyle::CC_Slider, &option, QStyle::SC_SliderHandle, this);
+QRectF ValueSlider::thumb() const {
+  const auto share =
+      maximum() > minimum() ? 1.0 * (sliderPosition() - minimum()) / (maximum() - minimum()) : 0;
+  return {share * (width() - kThumb), (height() - kThumb) / 2.0, kThumb, kThumb};
 }
 
 void ValueSlider::moveTo(double x) {
-  const auto room = width() - thumb().width();
-  const auto place = wholeNumber(x - grip_ - thumb().width() / 2.0);
+  const auto room = wholeNumber(width() - kThumb);
+  const auto place = wholeNumber(x - grip_ - kThumb / 2);
   setSliderPosition(QStyle::sliderValueFromPosition(minimum(), maximum(), place, room));
+}
+
+void ValueSlider::paintEvent(QPaintEvent* /*event*/) {
+  constexpr double kThickness = 4;
+  QPainter painter(this);
+  painter.setRenderHint(QPainter::Antialiasing);
+  const auto held = thumb();
+  QRectF groove(kThumb / 4, (height() - kThickness) / 2, width() - kThumb / 2, kThickness);
+  theme::fillRounded(painter, groove, kThickness / 2, theme::groove());
+  groove.setRight(held.center().x());
+  theme::fillRounded(painter, groove, kThickness / 2, theme::accent());
+  theme::fillRounded(painter, held, kThumb / 2, underMouse() ? Qt::white : theme::text());
+  if (hasFocus()) theme::paintFocusRing(painter, rect());
 }
 
 }  // namespace Corvella

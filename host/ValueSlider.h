@@ -6,8 +6,8 @@
 
 namespace Corvella {
 
-/// A horizontal slider whose thumb goes to where it is pressed. `valueChanged` tells of the user's
-/// changes alone.
+/// A horizontal slider of our own painting, whose thumb goes to where it is pressed. `valueChanged`
+/// tells of the user's changes alone.
 class ValueSlider final : public QSlider {
  public:
   explicit ValueSlider(QWidget* parent);
@@ -15,12 +15,13 @@ class ValueSlider final : public QSlider {
   void display(const SliderContent& content);
 
  protected:
+  void paintEvent(QPaintEvent* event) override;
   void mousePressEvent(QMouseEvent* event) override;
   void mouseMoveEvent(QMouseEvent* event) override;
   void mouseReleaseEvent(QMouseEvent* event) override;
 
  private:
-  QRect thumb() const;
+  QRectF thumb() const;
   void moveTo(double x);
 
   double grip_ = 0;  // Where the thumb is held, from its middle.

@@ -101,7 +101,10 @@ struct WidgetPanel::Shower {
   void operator()(const RatingContent& content) const { show<StarRating>(content); }
   void operator()(const ProgressContent& content) const { show<PositionBar>(content); }
   void operator()(const ImageContent& content) const { show<PictureView>(content); }
-  void operator()(const TextContent& content) const { show<LyricsText>(content); }
+  void operator()(const TextContent& content) const {
+    // Made when there is something to read: most of the time there is not.
+    if (!content.text.empty() || panel.has(view)) show<LyricsText>(content);
+  }
 
   template <typename Widget, typename Content>
   void show(const Content& content) const {
@@ -113,6 +116,10 @@ struct WidgetPanel::Shower {
 
 void WidgetPanel::showView(const ViewSnapshot& view) {
   std::visit(Shower{.panel = *this, .view = view}, view.content);
+}
+
+bool WidgetPanel::has(const ViewSnapshot& view) const {
+  return controls_.contains(view.identifier);
 }
 
 template <typename Widget>

@@ -57,6 +57,7 @@ class WidgetPanel final : public QWidget {
   void showWaiting();
   void choose(const std::string& identifier, double value);
 
+  bool has(const ViewSnapshot& view) const;
   template <typename Widget>
   Widget& control(const ViewSnapshot& view);
   void connectInput(QWidget& widget, const std::string& identifier);

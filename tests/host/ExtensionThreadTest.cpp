@@ -13,7 +13,7 @@
 #include <gmock/gmock.h>
 
 #include "host/ExtensionThread.h"
-#include "host/QtFontFinder.h"
+#include "host/FontconfigFinder.h"
 #include "host/QtImageDecoder.h"
 #include "host/QtTextMeasurer.h"
 #include "host/WidgetDisplay.h"
@@ -119,7 +119,7 @@ class AnExtension : public testing::Test {
   SteadyClock clock_;
   NSBundle bundle_{CORVELLA_RESOURCES};
   QtImageDecoder decoder_;
-  QtFontFinder fonts_;
+  FontconfigFinder fonts_;
   QtTextMeasurer measurer_;
   EmbeddedPlayer player_{clock_, bundle_};
   PlayerScriptRunner runner_{player_, shippedTargets()};

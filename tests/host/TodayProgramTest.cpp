@@ -15,6 +15,7 @@
 #include "tests/support/Process.h"
 #include "tests/support/RowName.h"
 #include "tests/support/TemporaryFolder.h"
+#include "tests/support/XServer.h"
 
 namespace Corvella {
 namespace {
@@ -144,21 +145,6 @@ TEST_F(AUser, WithoutADisplayGetsASnapshotAndItsText) {
   const auto file = notice.substr(start, notice.find(" instead") - start);
   EXPECT_FALSE(QImage(QString::fromStdString(file)).isNull()) << notice;
 }
-
-/// An X server without a screen.
-class XServer {
- public:
-  XServer() {
-    eventually([this] { return !process_.output().empty(); });
-    const auto number = process_.output();
-    display_ = ":" + number.substr(0, number.find('\n'));
-  }
-  const std::string& display() const { return display_; }
-
- private:
-  Process process_{{"Xvfb", "-displayfd", "1", "-screen", "0", "1280x800x24", "-nolisten", "tcp"}};
-  std::string display_;
-};
 
 TEST_F(AUser, SeesAWindowAtTheTopRightOfAnXScreen) {
   const XServer server;

@@ -16,10 +16,10 @@
 
 #include <gmock/gmock.h>
 
+#include "host/FontconfigFinder.h"
 #include "host/LyricsText.h"
 #include "host/PositionBar.h"
 #include "host/PushButton.h"
-#include "host/QtFontFinder.h"
 #include "host/QtImageDecoder.h"
 #include "host/QtTextMeasurer.h"
 #include "host/SnapshotImage.h"
@@ -54,6 +54,16 @@ class Rig {
     const auto* title = find<TextLabel>("songTitle");
     return title != nullptr && title->text() != "No Song Playing";
   }
+  /// Asks for the lyrics and waits for them; null when they do not come.
+  LyricsText* unfold() {
+    QTest::keyClick(&window, Qt::Key_L);
+    LyricsText* lyrics = nullptr;
+    waitFor([&] {
+      lyrics = find<LyricsText>("lyricsView");
+      return lyrics != nullptr && lyrics->height() > 0;
+    });
+    return lyrics;
+  }
   template <typename Widget = QWidget>
   Widget* find(const char* name) const {
     return view_->window().findChild<Widget*>(name);
@@ -66,7 +76,7 @@ class Rig {
   SteadyClock clock_;
   NSBundle bundle_{CORVELLA_RESOURCES};
   QtImageDecoder decoder_;
-  QtFontFinder fonts_;
+  FontconfigFinder fonts_;
   QtTextMeasurer measurer_;
 
  public:
@@ -173,9 +183,8 @@ TEST(AnOpenTodayView, GrowsByTheWholeLyricsAndShrinksBack) {
   rig.open();
   rig.window.setTallest(QWIDGETSIZE_MAX);
   const auto folded = rig.window.height();
-  press(rig, Qt::Key_L);
-  const auto* lyrics = rig.find<LyricsText>("lyricsView");
-  ASSERT_TRUE(Rig::waitFor([&] { return lyrics->height() > 0; }));
+  const auto* lyrics = rig.unfold();
+  ASSERT_NE(lyrics, nullptr);
   EXPECT_EQ(lyrics->toPlainText().toStdString(), embeddedTracks()[0].track.lyrics);
   EXPECT_TRUE(Rig::waitFor([&] { return rig.window.height() == folded + lyrics->height(); }));
   EXPECT_EQ(lyrics->document()->size().height(), lyrics->height());
@@ -242,6 +251,7 @@ TEST(AHungPlayer, LeavesTheWindowTurningAndIsNamedInTheHeading) {
 TEST(EachControl, HasARoleANameAndAValue) {
   Rig rig;
   rig.open();
+  ASSERT_NE(rig.unfold(), nullptr);
   struct Row {
     const char* control;
     QAccessible::Role role;
@@ -254,7 +264,7 @@ TEST(EachControl, HasARoleANameAndAValue) {
        QString::fromStdString(embeddedTracks()[0].track.name),
        {}},
       {"playButton", QAccessible::Button, "Play or pause", {}},
-      {"toggleLyricsButton", QAccessible::Button, "Show Lyrics", {}},
+      {"toggleLyricsButton", QAccessible::Button, "Hide Lyrics", {}},
       {"songRatingIndicator", QAccessible::Slider, "Rating", "4 of 5 stars"},
       {"soundVolume", QAccessible::Slider, "Volume", "80"},
       {"albumArtView", QAccessible::Graphic, "Album artwork", {}},
