@@ -4,7 +4,6 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdio>
-#include <vector>
 
 namespace Corvella {
 
@@ -24,6 +23,18 @@ double quantile(std::vector<double> values, double share) {
 
 }  // namespace
 
+Ratio ratioOf(const std::vector<double>& subjects, const std::vector<double>& yardsticks) {
+  std::vector<double> ratios;
+  for (std::size_t i = 0; i < subjects.size(); ++i) {
+    ratios.push_back(subjects[i] / yardsticks.at(i));
+  }
+  return {.median = quantile(ratios, 0.5),
+          .low = quantile(ratios, 0.1),
+          .high = quantile(ratios, 0.9),
+          .subjectMicroseconds = quantile(subjects, 0.5),
+          .yardstickMicroseconds = quantile(yardsticks, 0.5)};
+}
+
 Ratio measureRatio(const std::function<void()>& subject, const std::function<void()>& yardstick,
                    int subjectRuns, int yardstickRuns, int pairs) {
   microsecondsPerRun(subject, subjectRuns);
@@ -31,17 +42,11 @@ Ratio measureRatio(const std::function<void()>& subject, const std::function<voi
 
   std::vector<double> subjects;
   std::vector<double> yardsticks;
-  std::vector<double> ratios;
   for (int i = 0; i < pairs; ++i) {
     subjects.push_back(microsecondsPerRun(subject, subjectRuns));
     yardsticks.push_back(microsecondsPerRun(yardstick, yardstickRuns));
-    ratios.push_back(subjects.back() / yardsticks.back());
   }
-  return {.median = quantile(ratios, 0.5),
-          .low = quantile(ratios, 0.1),
-          .high = quantile(ratios, 0.9),
-          .subjectMicroseconds = quantile(subjects, 0.5),
-          .yardstickMicroseconds = quantile(yardsticks, 0.5)};
+  return ratioOf(subjects, yardsticks);
 }
 
 void printRatio(const std::string& what, const Ratio& ratio, double atMost) {

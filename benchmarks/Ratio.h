@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <string>
+#include <vector>
 
 namespace Corvella {
 
@@ -14,6 +15,9 @@ struct Ratio {
   double subjectMicroseconds = 0;    ///< One run of the subject, median.
   double yardstickMicroseconds = 0;  ///< One run of the yardstick, median.
 };
+
+/// Of runs that took turns: `subjects[i]` and `yardsticks[i]` are a pair, in microseconds.
+Ratio ratioOf(const std::vector<double>& subjects, const std::vector<double>& yardsticks);
 
 /// Runs `subject` and `yardstick` in turns, `runs` times each per pair, for `pairs` pairs.
 Ratio measureRatio(const std::function<void()>& subject, const std::function<void()>& yardstick,

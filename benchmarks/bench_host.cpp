@@ -1,0 +1,279 @@
+// What the window costs, beside an empty window of Qt on the same display: its start, its memory,
+// its processor time while it shows a player and while it is hidden, and how long it stalls while
+// the player hangs.
+
+#include <chrono>
+#include <cstdio>
+#include <exception>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "benchmarks/Ratio.h"
+#include "host/SingleInstance.h"
+#include "tests/support/Eventually.h"
+#include "tests/support/FakeMprisPlayer.h"
+#include "tests/support/PrivateBus.h"
+#include "tests/support/Process.h"
+#include "tests/support/RealMpv.h"
+#include "tests/support/TaggedTrack.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/XServer.h"
+
+namespace Corvella {
+namespace {
+
+using std::chrono::seconds;
+
+/// A desktop: a display, a session bus and a user.
+struct Desktop {
+  std::vector<std::string> environment() const {
+    return {"DISPLAY=" + server.display(), "QT_QPA_PLATFORM=xcb",
+            "DBUS_SESSION_BUS_ADDRESS=" + bus.address(),
+            "XDG_RUNTIME_DIR=" + folder.path().string()};
+  }
+
+  XServer server;
+  PrivateBus bus;
+  TemporaryFolder folder;
+};
+
+std::string besideThisProgram(const std::string& name) {
+  return std::filesystem::canonical("/proc/self/exe").parent_path() / name;
+}
+
+/// The lines that are numbers.
+std::vector<double> numbersAmong(const std::string& text) {
+  std::vector<double> numbers;
+  std::istringstream lines(text);
+  for (std::string line; std::getline(lines, line);) {
+    if (!line.empty() && line.find_first_not_of("0123456789") == std::string::npos) {
+      numbers.push_back(std::stod(line));
+    }
+  }
+  return numbers;
+}
+
+/// A program with a window, and the numbers that its watch writes.
+class Watched {
+ public:
+  static Watched emptyWindow(const Desktop& desktop, int stallSeconds = 0) {
+    return Watched(desktop, "empty_window", stallSeconds, {});
+  }
+  static Watched corvella(const Desktop& desktop, const std::string& player, int stallSeconds = 0) {
+    return Watched(desktop, "watched_corvella", stallSeconds, {player});
+  }
+
+  /// Waits for the first, second, … number. Scripts write their errors in between.
+  double number(std::size_t index) {
+    std::vector<double> numbers;
+    const bool come = eventually(
+        [&] {
+          numbers = numbersAmong(process_.output());
+          return numbers.size() > index;
+        },
+        seconds(60));
+    if (!come) throw std::runtime_error("a window shows nothing: " + process_.errors());
+    return numbers[index];
+  }
+  double microsecondsToFirstPaint() { return number(0); }
+  double longestStallInMicroseconds() { return number(1); }
+  std::filesystem::path system() const { return "/proc/" + std::to_string(process_.id()); }
+
+ private:
+  Watched(const Desktop& desktop, const std::string& program, int stallSeconds,
+          std::vector<std::string> more)
+      : process_(command(program, stallSeconds, std::move(more)), desktop.environment()) {}
+
+  static std::vector<std::string> command(const std::string& program, int stallSeconds,
+                                          std::vector<std::string> more) {
+    const std::chrono::nanoseconds now = std::chrono::steady_clock::now().time_since_epoch();
+    more.insert(more.begin(), {besideThisProgram(program), std::to_string(now.count()),
+                               std::to_string(stallSeconds)});
+    return more;
+  }
+
+  Process process_;
+};
+
+/// The number behind a word of a file of /proc.
+double numberAfter(const std::filesystem::path& file, const std::string& word) {
+  std::ifstream lines(file);
+  for (std::string read; lines >> read;) {
+    double number = 0;
+    if (read == word && lines >> number) return number;
+  }
+  throw std::runtime_error(file.string() + " has no " + word);
+}
+
+/// Adds up a number over all threads of a program.
+template <typename Number>
+double overThreads(const std::filesystem::path& system, Number number) {
+  double sum = 0;
+  for (const auto& thread : std::filesystem::directory_iterator(system / "task")) {
+    sum += number(thread.path());
+  }
+  return sum;
+}
+
+double processorSeconds(const std::filesystem::path& system) {
+  return overThreads(system, [](const std::filesystem::path& thread) {
+    double nanoseconds = 0;
+    std::ifstream(thread / "schedstat") >> nanoseconds;
+    return nanoseconds / 1e9;
+  });
+}
+
+/// How often threads have gone to sleep: once for each time that they were woken.
+double sleeps(const std::filesystem::path& system) {
+  return overThreads(system, [](const std::filesystem::path& thread) {
+    return numberAfter(thread / "status", "voluntary_ctxt_switches:");
+  });
+}
+
+const char* verdict(bool kept) {
+  return kept ? "kept" : "MISSED";
+}
+
+void measureStart(const Desktop& desktop, const std::string& player, const std::string& what) {
+  constexpr int kPairs = 60;
+  std::vector<double> corvella;
+  std::vector<double> empty;
+  for (int i = 0; i < kPairs; ++i) {
+    empty.push_back(Watched::emptyWindow(desktop).microsecondsToFirstPaint());
+    corvella.push_back(Watched::corvella(desktop, player).microsecondsToFirstPaint());
+  }
+  printRatio("start to the first track of " + what + " / start of an empty window",
+             ratioOf(corvella, empty), 1.4);
+}
+
+/// A picture of 3000 x 3000 pixels with much detail.
+std::filesystem::path makeCover(const TemporaryFolder& folder) {
+  const auto file = folder.path() / "cover.jpg";
+  Process ffmpeg({"ffmpeg", "-v", "error", "-f", "lavfi", "-i", "testsrc2=size=3000x3000",
+                  "-frames:v", "1", file.string()});
+  if (ffmpeg.wait(seconds(60)) != 0) throw std::runtime_error(ffmpeg.errors());
+  return file;
+}
+
+std::filesystem::path makeLongTrack(const TemporaryFolder& folder, const std::string& name,
+                                    const std::filesystem::path& cover) {
+  const auto file = folder.path() / name;
+  makeTrack(file, {.title = "A Title",
+                   .artist = "An Artist",
+                   .album = "An Album",
+                   .lyrics = "",
+                   .cover = cover,
+                   .seconds = 600});
+  return file;
+}
+
+double memory(const Watched& program, const std::string& kind) {
+  return numberAfter(program.system() / "smaps_rollup", kind) / 1024;
+}
+
+void measureMemory(const Desktop& desktop) {
+  constexpr double kAtMost = 8;
+  auto empty = Watched::emptyWindow(desktop);
+  auto corvella = Watched::corvella(desktop, "auto");
+  empty.microsecondsToFirstPaint();
+  corvella.microsecondsToFirstPaint();
+  // It gives back what it needed to start after a few seconds, and some of that comes back.
+  for (const int time : {1, 15}) {
+    std::this_thread::sleep_for(seconds(time));
+    const auto more = memory(corvella, "Rss:") - memory(empty, "Rss:");
+    std::printf(
+        "memory with a cover of 3000 x 3000, after %d s: %.1f MB resident - %.1f MB of an "
+        "empty window = %.1f MB; at most %g MB: %s\n",
+        time, memory(corvella, "Rss:"), memory(empty, "Rss:"), more, kAtMost,
+        verdict(more <= kAtMost));
+    std::printf("  of that its own, not shared with any file: %.1f MB - %.1f MB\n",
+                memory(corvella, "Anonymous:"), memory(empty, "Anonymous:"));
+  }
+}
+
+void measurePlaying(const Desktop& desktop) {
+  constexpr seconds kTime(30);
+  constexpr double kAtMost = 0.3;
+  auto corvella = Watched::corvella(desktop, "auto");
+  corvella.microsecondsToFirstPaint();
+  std::this_thread::sleep_for(seconds(2));
+  const auto before = processorSeconds(corvella.system());
+  std::this_thread::sleep_for(kTime);
+  const auto percent =
+      100 * (processorSeconds(corvella.system()) - before) / static_cast<double>(kTime.count());
+  std::printf("visible, mpv playing, for 30 s: %.2f %% of a core; at most %g %%: %s\n", percent,
+              kAtMost, verdict(percent <= kAtMost));
+}
+
+void measureHidden(const Desktop& desktop) {
+  FakeMprisPlayer player(desktop.bus.address(), "quiet");
+  player.show("A Title", "Playing");
+  auto corvella = Watched::corvella(desktop, "quiet");
+  corvella.microsecondsToFirstPaint();
+  SingleInstance user(QString::fromStdString(desktop.folder.path()));
+  if (!user.tellFirst(SingleInstance::Message::Toggle)) throw std::runtime_error("no toggle");
+  std::this_thread::sleep_for(seconds(2));
+  const auto before = sleeps(corvella.system());
+  const auto time = processorSeconds(corvella.system());
+  player.forgetCalls();
+  std::this_thread::sleep_for(seconds(15));
+  const auto wakeUps = sleeps(corvella.system()) - before;
+  const auto used = processorSeconds(corvella.system()) - time;
+  std::printf(
+      "hidden for 15 s: %.0f wake-ups of all threads, %zu calls to the player, %.1f ms of "
+      "processor time; at most 0, 0: %s\n",
+      wakeUps, player.calls().size(), used * 1000, verdict(wakeUps <= 0 && player.calls().empty()));
+}
+
+void measureStalls(const Desktop& desktop) {
+  constexpr int kSeconds = 8;
+  constexpr double kAtMost = 50;
+  FakeMprisPlayer player(desktop.bus.address(), "hanging");
+  player.show("A Title", "Playing");
+  auto corvella = Watched::corvella(desktop, "hanging", kSeconds);
+  corvella.microsecondsToFirstPaint();
+  player.behave({.hangs = true});
+  const auto longest = corvella.longestStallInMicroseconds() / 1000;
+  const auto empty = Watched::emptyWindow(desktop, kSeconds).longestStallInMicroseconds() / 1000;
+  std::printf(
+      "longest stall in %d s with a hung player and keys pressed: %.1f ms; an empty "
+      "window's: %.1f ms; at most %g ms: %s\n",
+      kSeconds, longest, empty, kAtMost, verdict(longest <= kAtMost));
+}
+
+void measureAll() {
+  const Desktop desktop;
+  measureStart(desktop, "embedded", "the embedded player");
+  measureHidden(desktop);
+  measureStalls(desktop);
+  const TemporaryFolder folder;
+  {
+    const RealMpv mpv(
+        desktop.bus.address(),
+        {.files = {makeLongTrack(folder, "usual.flac", CORVELLA_RESOURCES "/covers/harbour.png")}});
+    measureStart(desktop, "auto", "mpv");
+    measurePlaying(desktop);
+  }
+  const RealMpv mpv(desktop.bus.address(),
+                    {.files = {makeLongTrack(folder, "large.flac", makeCover(folder))}});
+  measureMemory(desktop);
+}
+
+}  // namespace
+}  // namespace Corvella
+
+int main() {
+  try {
+    Corvella::measureAll();
+    return 0;
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "bench_host: %s\n", error.what());
+    return 1;
+  }
+}
