@@ -1,6 +1,7 @@
 #include "host/TodayView.h"
 
 #include <chrono>
+#include <utility>
 
 namespace Corvella {
 
@@ -10,7 +11,7 @@ using namespace std::chrono_literals;
 
 constexpr auto kHeartbeat = 500ms;
 constexpr auto kLongestSilence = 1s;
-/// How often the widget is shown anew while there is no player, or a silent one.
+/// How often the widget appears anew while there is no player, or a silent one.
 constexpr int kBeatsBetweenAppearances = 4;
 
 /// What a silent player is called in the heading, where there is room for so much.
@@ -91,6 +92,7 @@ void TodayView::toggle() {
 
 void TodayView::appear() {
   beatsSinceAppearance_ = 0;
+  silent_ = false;
   report_.reset();
   extension_.appear();
   heartbeat_.start();
@@ -105,11 +107,15 @@ void TodayView::disappear() {
 }
 
 void TodayView::beat() {
+  const bool silent = isSilent();
   window_->showDate();
-  window_->setNotice(isSilent() ? player_ + " does not answer" : QString());
+  window_->setNotice(silent ? player_ + " does not answer" : QString());
   ++beatsSinceAppearance_;
-  const bool nothingShown = report_ == NCUpdateResultNoData || isSilent();
-  if (!nothingShown || watch_.isBusy() || beatsSinceAppearance_ < kBeatsBetweenAppearances) return;
+  // What the widget showed of a silent player may be wrong by now.
+  const bool answersAgain = std::exchange(silent_, silent) && !silent;
+  const bool looksAgain = (report_ == NCUpdateResultNoData || silent) && !watch_.isBusy() &&
+                          beatsSinceAppearance_ >= kBeatsBetweenAppearances;
+  if (!answersAgain && !looksAgain) return;
   beatsSinceAppearance_ = 0;
   extension_.appear();
 }

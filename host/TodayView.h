@@ -56,6 +56,7 @@ class TodayView final : public QObject {
   QTimer heartbeat_;
   std::optional<NCUpdateResult> report_;
   int beatsSinceAppearance_ = 0;
+  bool silent_ = false;  // At the last beat.
 };
 
 }  // namespace Corvella
