@@ -1,9 +1,11 @@
 #include "host/WidgetPanel.h"
 
 #include <QKeyEvent>
+#include <algorithm>
 #include <cmath>
 #include <utility>
 #include <variant>
+#include <vector>
 
 #include "host/Accessibility.h"
 #include "host/ControlKeys.h"
@@ -62,7 +64,17 @@ void WidgetPanel::apply(const WidgetSnapshot& snapshot) {
       control.widget->move(control.widget->x(), control.widget->y() + growth);
     }
   }
+  const auto before = controls_.size();
   for (const auto& view : snapshot.views) applyView(view);
+  if (controls_.size() != before) orderForTab();
+}
+
+void WidgetPanel::orderForTab() {
+  std::vector<QWidget*> inOrder;
+  for (const auto& [identifier, control] : controls_) inOrder.push_back(control.widget.get());
+  const auto place = [](const QWidget* widget) { return std::pair(widget->y(), widget->x()); };
+  std::ranges::sort(inOrder, {}, place);
+  for (std::size_t i = 1; i < inOrder.size(); ++i) setTabOrder(inOrder[i - 1], inOrder[i]);
 }
 
 void WidgetPanel::applyView(const ViewSnapshot& view) {

@@ -54,6 +54,8 @@ class WidgetPanel final : public QWidget {
   void applyView(const ViewSnapshot& view);
   void showView(const ViewSnapshot& view);
   bool isHeld(const Control& control) const;
+  /// Has Tab go from the top to the bottom, and from left to right.
+  void orderForTab();
   void showWaiting();
   void choose(const std::string& identifier, double value);
 

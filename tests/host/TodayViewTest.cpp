@@ -203,6 +203,21 @@ TEST(AnOpenTodayView, IsHiddenByEscapeAndAppearsAnew) {
   EXPECT_TRUE(Rig::waitFor([&] { return rig.gate.count("to running") > appearances; }));
 }
 
+TEST(AnOpenTodayView, IsWalkedThroughByTabInReadingOrder) {
+  Rig rig;
+  rig.open();
+  ASSERT_NE(rig.unfold(), nullptr);
+  std::vector<std::string> names;
+  for (int i = 0; i < 8; ++i) {
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+    names.push_back(QApplication::focusWidget()->objectName().toStdString());
+  }
+  std::ranges::rotate(names, std::ranges::find(names, "songRatingIndicator"));
+  EXPECT_THAT(names, testing::ElementsAre("songRatingIndicator", "previousButton", "playButton",
+                                          "nextButton", "soundVolume", "toggleLyricsButton",
+                                          "lyricsView", "close"));
+}
+
 TEST(AHeldThumb, StaysUntilItIsLetGoAndThenShowsTheNewestVolume) {
   Rig rig;
   rig.open();
