@@ -21,9 +21,6 @@ class NSProgressIndicator : public NSView {
   /// NaN becomes the lowest value of the range.
   void setDoubleValue(double value);
 
-  /// How much of the bar is full, 0..1.
-  double fraction() const { return range_.fraction(value_); }
-
  private:
   NSValueRange range_{0, 100};
   double value_ = 0;

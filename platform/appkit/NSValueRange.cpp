@@ -14,11 +14,6 @@ double NSValueRange::clamped(double value) const {
   return std::max(minValue_, std::min(value, maxValue_));
 }
 
-double NSValueRange::fraction(double value) const {
-  const double span = maxValue_ - minValue_;
-  return span > 0 ? (clamped(value) - minValue_) / span : 0;
-}
-
 bool NSValueRange::set(double& end, double value) {
   constexpr double farthest = std::numeric_limits<double>::max() / 2;
   if (std::isnan(value)) return false;

@@ -16,9 +16,6 @@ class NSValueRange {
   /// where the ends are the wrong way round.
   double clamped(double value) const;
 
-  /// How far into the range `value` lies, 0..1; 0 where the range is empty.
-  double fraction(double value) const;
-
  private:
   static bool set(double& end, double value);
 

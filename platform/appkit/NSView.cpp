@@ -66,10 +66,8 @@ NSView::NSView(NSRect frame) : frame_(usable(frame)) {}
 NSView::NSView(const NSCoder& coder)
     : frame_(usable(decodeFrame(coder))),
       autoresizingMask_(decodeAutoresizingMask(coder)),
-      toolTip_(coder.decodeStringForKey("toolTip")),
       accessibilityLabel_(decodeAccessibilityLabel(coder)),
-      identifier_(coder.decodeStringForKey("identifier")),
-      hidden_(coder.decodeBoolForKey("hidden")) {}
+      identifier_(coder.decodeStringForKey("identifier")) {}
 
 void NSView::setFrame(NSRect frame) {
   if (!isFinite(frame)) return;
@@ -88,10 +86,6 @@ void NSView::addSubview(std::shared_ptr<NSView> view) {
   view->superview_ = weak_from_this();
   subviews_.push_back(std::move(view));
   setNeedsDisplay(true);
-}
-
-void NSView::setHidden(bool hidden) {
-  store(hidden_, hidden);
 }
 
 void NSView::invalidateIntrinsicContentSize() {

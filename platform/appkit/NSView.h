@@ -58,11 +58,7 @@ class NSView : public NSObject, public std::enable_shared_from_this<NSView> {
   bool needsDisplay() const { return needsDisplay_; }
   virtual void setNeedsDisplay(bool needsDisplay) { needsDisplay_ = needsDisplay; }
 
-  bool isHidden() const { return hidden_; }
-  void setHidden(bool hidden);
-
   /// Empty where there is none.
-  const std::string& toolTip() const { return toolTip_; }
   const std::string& accessibilityLabel() const { return accessibilityLabel_; }
   const std::string& identifier() const { return identifier_; }
 
@@ -92,10 +88,8 @@ class NSView : public NSObject, public std::enable_shared_from_this<NSView> {
   unsigned autoresizingMask_ = NSViewNotSizable;
   std::vector<std::shared_ptr<NSView>> subviews_;
   std::weak_ptr<NSView> superview_;
-  std::string toolTip_;
   std::string accessibilityLabel_;
   std::string identifier_;
-  bool hidden_ = false;
   bool needsDisplay_ = true;
   bool needsUpdateConstraints_ = false;
 };
