@@ -1,3 +1,4 @@
+#include <cmath>
 #include <cstdint>
 #include <limits>
 #include <memory>
@@ -62,6 +63,9 @@ TEST(ASlider, MovesItsValueIntoANewRange) {
   slider.setMaxValue(100);
   slider.setMinValue(60);
   EXPECT_EQ(slider.doubleValue(), 60);
+  slider.setMinValue(-infinity);
+  slider.setMaxValue(infinity);
+  EXPECT_TRUE(std::isfinite(slider.maxValue() - slider.minValue()));
 }
 
 TEST(AProgressIndicator, KeepsAValueBeyondItsRange) {
