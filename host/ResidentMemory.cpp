@@ -29,16 +29,18 @@ int releaseConstantSegments(dl_phdr_info* object, std::size_t /*size*/, void* /*
 
 }  // namespace
 
-void sharePools() {
+void economise() {
   constexpr int kPools = 2;
+  constexpr int kLargeBlock = 128 * 1024;
+  // NOLINTBEGIN(concurrency-mt-unsafe): there are no other threads yet.
   ::mallopt(M_ARENA_MAX, kPools);
+  // Set at all, these no longer grow with the blocks that are freed.
+  ::mallopt(M_MMAP_THRESHOLD, kLargeBlock);
+  ::mallopt(M_TRIM_THRESHOLD, kLargeBlock);
+  // NOLINTEND(concurrency-mt-unsafe)
 }
 
 void release() {
-  // Set at all, these no longer grow with the blocks that are freed.
-  constexpr int kLargeBlock = 128 * 1024;
-  ::mallopt(M_MMAP_THRESHOLD, kLargeBlock);
-  ::mallopt(M_TRIM_THRESHOLD, kLargeBlock);
   ::malloc_trim(0);
   ::dl_iterate_phdr(releaseConstantSegments, nullptr);
 }

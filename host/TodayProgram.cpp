@@ -160,10 +160,12 @@ class OnDesktop {
  private:
   /// What can wait until the window stands, or until all is shown.
   void setUpAftermath() {
-    QTimer::singleShot(kUntilWindowStands, &view(), [this] {
+    windowStands_.setSingleShot(true);
+    QObject::connect(&windowStands_, &QTimer::timeout, [this] {
       QApplication::setWindowIcon(programIcon());
       makeTray();
     });
+    windowStands_.start(kUntilWindowStands);
     allIsShown_.setSingleShot(true);
     allIsShown_.setInterval(kUntilAllIsShown);
     QObject::connect(&allIsShown_, &QTimer::timeout, ResidentMemory::release);
@@ -183,6 +185,7 @@ class OnDesktop {
 
   std::optional<std::string> failure_;
   std::unique_ptr<Tray> tray_;
+  QTimer windowStands_;
   QTimer allIsShown_;
   Composition composition_;
 };
@@ -199,7 +202,7 @@ int runWindow(const CommandLine& commandLine, TerminationSignals& termination,
 }  // namespace
 
 int runTodayView(const CommandLine& commandLine) {
-  ResidentMemory::sharePools();
+  ResidentMemory::economise();
   auto termination = std::make_unique<TerminationSignals>();
   const bool chosenByUser = qEnvironmentVariableIsSet(kPlatform);
   choosePlatform();

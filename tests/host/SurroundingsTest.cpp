@@ -2,12 +2,14 @@
 #include <stdexcept>
 #include <string>
 
+#include <fontconfig/fontconfig.h>
 #include <gmock/gmock.h>
 
 #include "host/FontconfigFinder.h"
 #include "host/PlayerModules.h"
 #include "host/ProgramFolders.h"
 #include "host/ResidentMemory.h"
+#include "tests/support/AtItsEnd.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace Corvella {
@@ -16,6 +18,7 @@ namespace {
 using testing::HasSubstr;
 
 TEST(AFontFinder, KnowsTheInstalledFamiliesByTheirWholeName) {
+  const auto nothingIsKept = atItsEnd(FcFini);
   const FontconfigFinder fonts;
   EXPECT_TRUE(fonts.hasFamily("DejaVu Sans"));
   EXPECT_FALSE(fonts.hasFamily("DejaVu"));
