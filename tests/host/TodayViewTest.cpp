@@ -212,7 +212,7 @@ TEST(AnOpenTodayView, IsWalkedThroughByTabInReadingOrder) {
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
     names.push_back(QApplication::focusWidget()->objectName().toStdString());
   }
-  std::ranges::rotate(names, std::ranges::find(names, "songRatingIndicator"));
+  std::rotate(names.begin(), std::ranges::find(names, "songRatingIndicator"), names.end());
   EXPECT_THAT(names, testing::ElementsAre("songRatingIndicator", "previousButton", "playButton",
                                           "nextButton", "soundVolume", "toggleLyricsButton",
                                           "lyricsView", "close"));
