@@ -7,6 +7,7 @@
 #include <QLabel>
 #include <QTimer>
 #include <chrono>
+#include <memory>
 #include <string>
 
 #include "benchmarks/PaintWatch.h"
@@ -33,12 +34,15 @@ void pressVolumeUp() {
   }
 }
 
+std::unique_ptr<Corvella::PaintWatch> paintWatch;
+std::unique_ptr<QTimer> presses;
+
 /// Runs as soon as there is an application, before anything else of it.
 void watch() {
-  auto* const watch = new Corvella::PaintWatch(start, stallSeconds, isATrack);
+  paintWatch = std::make_unique<Corvella::PaintWatch>(start, stallSeconds, isATrack);
   if (stallSeconds == 0) return;
-  auto* const presses = new QTimer(watch);
-  QObject::connect(presses, &QTimer::timeout, pressVolumeUp);
+  presses = std::make_unique<QTimer>();
+  QObject::connect(presses.get(), &QTimer::timeout, pressVolumeUp);
   presses->start(100ms);
 }
 Q_COREAPP_STARTUP_FUNCTION(watch)

@@ -173,7 +173,8 @@ void ExtensionThread::click(const std::string& identifier) {
 }
 
 void ExtensionThread::ping(std::uint64_t number) {
-  send([number](Extension& extension) { extension.ping(number); });
+  // It changes nothing, so values may still catch up with one that waits.
+  dispatch_async(runLoop_.mainQueue(), [this, number] { extension_->ping(number); });
 }
 
 void ExtensionThread::setValue(const std::string& identifier, double value) {

@@ -1,5 +1,6 @@
 #include "host/LocalSocket.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstddef>
@@ -20,13 +21,15 @@ namespace {
 /// A name of a socket as the kernel wants it.
 class Address {
  public:
+  /// No name, or room for one.
   Address() { address_.sun_family = AF_UNIX; }
-  explicit Address(const std::string& name) : Address() {
-    if (name.size() >= sizeof address_.sun_path) {
-      throw std::system_error(ENAMETOOLONG, std::generic_category(), name);
-    }
-    std::memcpy(address_.sun_path, name.data(), name.size());
-    length_ += static_cast<socklen_t>(name.size());
+  /// Absent when the name is too long for one.
+  static std::optional<Address> named(const std::string& name) {
+    Address address;
+    if (name.size() > sizeof address.address_.sun_path) return std::nullopt;
+    std::memcpy(address.address_.sun_path, name.data(), name.size());
+    address.length_ += static_cast<socklen_t>(name.size());
+    return address;
   }
 
   // NOLINTBEGIN(cppcoreguidelines-pro-type-reinterpret-cast): how sockets tell kinds of address.
@@ -40,7 +43,13 @@ class Address {
     length_ = sizeof address_;
     return &length_;
   }
-  std::string name() const { return {address_.sun_path, length_ - kBeforeName}; }
+  /// Empty for a socket without a name, of which the kernel may not even tell the family.
+  std::string name() const {
+    if (length_ <= kBeforeName) return {};
+    // It counts a zero behind the longest names, for which there is no room.
+    return {address_.sun_path,
+            std::min(std::size_t{length_} - kBeforeName, sizeof address_.sun_path)};
+  }
 
  private:
   static constexpr socklen_t kBeforeName = offsetof(sockaddr_un, sun_path);
@@ -69,9 +78,10 @@ LocalSocket::~LocalSocket() {
 
 LocalSocket LocalSocket::at(const std::string& path) {
   LocalSocket socket;
-  const Address address(path);
+  const auto address = Address::named(path);
+  if (!address) throw std::system_error(ENAMETOOLONG, std::generic_category(), path);
   ::unlink(path.c_str());
-  check(::bind(socket.descriptor_, address.get(), address.length()), path);
+  check(::bind(socket.descriptor_, address->get(), address->length()), path);
   check(::chmod(path.c_str(), S_IRUSR | S_IWUSR), path);
   return socket;
 }
@@ -100,8 +110,11 @@ std::optional<LocalSocket::Message> LocalSocket::receive(std::chrono::millisecon
 }
 
 bool LocalSocket::send(std::string_view text, const std::string& address) const {
-  const Address receiver(address);
-  return ::sendto(descriptor_, text.data(), text.size(), 0, receiver.get(), receiver.length()) >= 0;
+  const auto receiver = Address::named(address);
+  if (!receiver || address.empty()) return false;
+  const auto sent =
+      ::sendto(descriptor_, text.data(), text.size(), 0, receiver->get(), receiver->length());
+  return sent >= 0;
 }
 
 }  // namespace Corvella

@@ -39,15 +39,15 @@ LyricsText::LyricsText(QWidget* parent) : QTextEdit(parent) {
 }
 
 void LyricsText::display(const TextContent& content) {
-  const auto text = QString::fromStdString(content.text);
   const auto color = qtColor(content.color);
   setFont(qtFont(content.font.get()));
   auto option = document()->defaultTextOption();
   option.setAlignment(alignmentOf(content.alignment));
   document()->setDefaultTextOption(option);
-  if (text != toPlainText() || color != textColor()) {
+  if (content.text != text_ || color != textColor()) {
+    text_ = content.text;
     setTextColor(color);
-    setPlainText(text);
+    setPlainText(QString::fromStdString(text_));
   }
   takeFocusWhenThereIsText();
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QTextEdit>
+#include <string>
 
 #include "host/WidgetSnapshot.h"
 
@@ -21,6 +22,8 @@ class LyricsText final : public QTextEdit {
 
  private:
   void takeFocusWhenThereIsText();
+
+  std::string text_;  // As given: the document normalises it.
 };
 
 }  // namespace Corvella

@@ -1,5 +1,6 @@
 #include "host/PushButton.h"
 
+#include <QKeyEvent>
 #include <QPainter>
 
 #include "host/QtFonts.h"
@@ -34,6 +35,12 @@ void PushButton::paintEvent(QPaintEvent* /*event*/) {
   painter.drawText(rect(), Qt::AlignCenter | Qt::TextSingleLine, title_);
   painter.translate(QRectF(rect()).center() - sign_.boundingRect().center());
   painter.fillPath(sign_, color);
+}
+
+void PushButton::keyPressEvent(QKeyEvent* event) {
+  // Qt would move the focus.
+  const bool isVolume = event->key() == Qt::Key_Up || event->key() == Qt::Key_Down;
+  isVolume ? event->ignore() : QPushButton::keyPressEvent(event);
 }
 
 QColor PushButton::backgroundColor() const {

@@ -20,6 +20,7 @@ class PushButton final : public QPushButton {
 
  protected:
   void paintEvent(QPaintEvent* event) override;
+  void keyPressEvent(QKeyEvent* event) override;
 
  private:
   QColor backgroundColor() const;

@@ -12,9 +12,26 @@ namespace Corvella::ResidentMemory {
 
 namespace {
 
-/// Gives back the segments of a loaded file that nobody writes to. Those that the dynamic linker
-/// has written to count as writable in the file's own headers.
+/// Whether the dynamic linker writes to the code of a loaded file, as it has to for code that is
+/// not independent of its place.
+bool hasTextRelocations(const dl_phdr_info& object) {
+  for (int i = 0; i < object.dlpi_phnum; ++i) {
+    const auto& segment = object.dlpi_phdr[i];
+    if (segment.p_type != PT_DYNAMIC) continue;
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): addresses are numbers in these headers.
+    const auto* entry = reinterpret_cast<const ElfW(Dyn)*>(object.dlpi_addr + segment.p_vaddr);
+    for (; entry->d_tag != DT_NULL; ++entry) {
+      if (entry->d_tag == DT_TEXTREL) return true;
+      if (entry->d_tag == DT_FLAGS && (entry->d_un.d_val & DF_TEXTREL) != 0) return true;
+    }
+  }
+  return false;
+}
+
+/// Gives back the segments of a loaded file that nobody writes to. What the dynamic linker writes
+/// to when it loads a file is, else, in segments that are writable by the file's own headers.
 int releaseConstantSegments(dl_phdr_info* object, std::size_t /*size*/, void* /*data*/) {
+  if (hasTextRelocations(*object)) return 0;
   const auto page = static_cast<std::uintptr_t>(::sysconf(_SC_PAGESIZE));
   for (int i = 0; i < object->dlpi_phnum; ++i) {
     const auto& segment = object->dlpi_phdr[i];

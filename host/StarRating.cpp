@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cmath>
 #include <numbers>
+#include <utility>
 
 #include "host/Theme.h"
 
@@ -115,6 +116,13 @@ void StarRating::mouseReleaseEvent(QMouseEvent* event) {
 
 void StarRating::leaveEvent(QEvent* /*event*/) {
   setPreview(std::nullopt);
+}
+
+void StarRating::hideEvent(QHideEvent* event) {
+  RangeWidget::hideEvent(event);
+  setPreview(std::nullopt);
+  if (!std::exchange(down_, false)) return;
+  emit released();  // Nobody holds what is not there.
 }
 
 void StarRating::keyPressEvent(QKeyEvent* event) {

@@ -2,6 +2,7 @@
 
 #include <QFontMetrics>
 #include <QPainter>
+#include <QTextBoundaryFinder>
 #include <algorithm>
 
 #include "host/QtColors.h"
@@ -42,6 +43,14 @@ QString elided(const QString& text, const QFontMetrics& metrics, int width) {
   return shown;
 }
 
+/// The start of a text, in whole letters.
+QString startOf(const QString& text, qsizetype longest) {
+  if (text.size() <= longest) return text;
+  QTextBoundaryFinder letters(QTextBoundaryFinder::Grapheme, text.left(longest));
+  letters.toEnd();
+  return text.left(letters.toPreviousBoundary()) + u'\u2026';
+}
+
 }  // namespace
 
 TextLabel::TextLabel(QWidget* parent) : QLabel(parent) {
@@ -70,9 +79,13 @@ void TextLabel::resizeEvent(QResizeEvent* /*event*/) {
 }
 
 void TextLabel::fit() {
-  shown_ = elided(text(), fontMetrics(), width());
+  // No window is wide enough for more, and to lay it out would take long.
+  constexpr qsizetype kMostOnALine = 500;
+  constexpr qsizetype kMostInAToolTip = 2000;
+  shown_ = elided(startOf(text(), kMostOnALine), fontMetrics(), width());
   // Tooltips that look like markup would be shown as such.
-  setToolTip(shown_ == text() ? QString() : "<span>" + text().toHtmlEscaped() + "</span>");
+  const auto whole = startOf(text(), kMostInAToolTip).toHtmlEscaped();
+  setToolTip(shown_ == text() ? QString() : "<span>" + whole + "</span>");
 }
 
 }  // namespace Corvella

@@ -33,8 +33,10 @@ namespace Corvella {
 namespace {
 
 constexpr auto kPlatform = "QT_QPA_PLATFORM";
+constexpr auto kNoDisplay = "offscreen";
 constexpr std::chrono::milliseconds kUntilWindowStands{300};
 constexpr std::chrono::seconds kUntilAllIsShown{3};
+constexpr std::chrono::seconds kLastLookForTray{15};
 
 /// An application of Qt's, which keeps the arguments that it refers to. It takes none of ours.
 class Application {
@@ -71,38 +73,46 @@ struct Composition {
   TodayView view;
 };
 
-WidgetDisplay draw(const CommandLine& commandLine, const std::string& file) {
-  Composition composition(commandLine.player);
-  SnapshotImage image(composition.view, composition.bridge);
-  image.open(commandLine.lyrics);
-  image.write(file, commandLine.scale);
-  return image.display();
-}
-
-/// Where a snapshot goes that nobody has named: beside the program, or among temporary files where
-/// that is not ours to write in.
+/// Where a snapshot goes that nobody has named: beside the program, or into the user's own folder
+/// where that is not ours to write in.
 std::string unnamedSnapshot() {
   const auto folder = QCoreApplication::applicationDirPath();
   const auto chosen = QFileInfo(folder).isWritable()
                           ? folder
-                          : QStandardPaths::writableLocation(QStandardPaths::TempLocation);
+                          : QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
   return (chosen + "/corvella-snapshot.png").toStdString();
 }
 
 int drawInsteadOfWindow(const CommandLine& commandLine) {
+  std::cerr << "corvella: no display server can be reached\n";
+  Composition composition(commandLine.player);
+  SnapshotImage image(composition.view, composition.bridge);
+  image.open(commandLine.lyrics);
+  std::cout << displayText(image.display());
   const auto file = unnamedSnapshot();
-  std::cerr << "corvella: no display server can be reached; drawing " << file << " instead\n";
-  std::cout << displayText(draw(commandLine, file));
+  try {
+    image.write(file, commandLine.scale);
+    std::cerr << "corvella: drew " << file << " instead\n";
+  } catch (const std::runtime_error& error) {
+    std::cerr << "corvella: " << error.what() << "\n";
+  }
   return 0;
 }
 
-/// Has Qt try the display servers that there are and, without one, do without.
-void choosePlatform() {
-  if (qEnvironmentVariableIsSet(kPlatform)) return;
+/// Has Qt try the display servers that there are, or those that the user names, and, without one,
+/// do without. Gives whether the user wants it to do without.
+bool choosePlatform() {
   std::string platforms;
-  if (!qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY")) platforms += "wayland;";
-  if (!qEnvironmentVariableIsEmpty("DISPLAY")) platforms += "xcb;";
-  qputenv(kPlatform, QByteArray::fromStdString(platforms + "offscreen"));
+  if (qEnvironmentVariableIsSet(kPlatform)) {
+    platforms = qgetenv(kPlatform).toStdString();
+    if (platforms.find(kNoDisplay) != std::string::npos) return true;
+    platforms += ";";
+  } else {
+    if (!qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY")) platforms += "wayland;";
+    if (!qEnvironmentVariableIsEmpty("DISPLAY")) platforms += "xcb;";
+  }
+  qputenv(kPlatform, QByteArray::fromStdString(platforms + kNoDisplay));
+  return false;
 }
 
 /// The one instance of this user; absent, with a notice, where that cannot be told.
@@ -160,12 +170,12 @@ class OnDesktop {
  private:
   /// What can wait until the window stands, or until all is shown.
   void setUpAftermath() {
-    windowStands_.setSingleShot(true);
-    QObject::connect(&windowStands_, &QTimer::timeout, [this] {
+    lookForTray_.setSingleShot(true);
+    QObject::connect(&lookForTray_, &QTimer::timeout, [this] {
       QApplication::setWindowIcon(programIcon());
-      makeTray();
+      lookForTray();
     });
-    windowStands_.start(kUntilWindowStands);
+    lookForTray_.start(kUntilWindowStands);
     allIsShown_.setSingleShot(true);
     allIsShown_.setInterval(kUntilAllIsShown);
     QObject::connect(&allIsShown_, &QTimer::timeout, ResidentMemory::release);
@@ -176,8 +186,14 @@ class OnDesktop {
     });
   }
 
-  void makeTray() {
-    if (!Tray::isAvailable()) return;
+  /// A desktop that starts the program by itself may have a tray only a little later.
+  void lookForTray() {
+    if (!Tray::isAvailable()) {
+      if (lookForTray_.intervalAsDuration() < kLastLookForTray) {
+        lookForTray_.start(4 * lookForTray_.intervalAsDuration());
+      }
+      return;
+    }
     tray_ = std::make_unique<Tray>(QApplication::windowIcon());
     QObject::connect(tray_.get(), &Tray::toggled, &view(), &TodayView::toggle);
     QObject::connect(tray_.get(), &Tray::quitRequested, qApp, &QApplication::quit);
@@ -185,7 +201,7 @@ class OnDesktop {
 
   std::optional<std::string> failure_;
   std::unique_ptr<Tray> tray_;
-  QTimer windowStands_;
+  QTimer lookForTray_;
   QTimer allIsShown_;
   Composition composition_;
 };
@@ -204,10 +220,9 @@ int runWindow(const CommandLine& commandLine, TerminationSignals& termination,
 int runTodayView(const CommandLine& commandLine) {
   ResidentMemory::economise();
   auto termination = std::make_unique<TerminationSignals>();
-  const bool chosenByUser = qEnvironmentVariableIsSet(kPlatform);
-  choosePlatform();
+  const bool wantsNoDisplay = choosePlatform();
   const Application application;
-  if (!chosenByUser && QGuiApplication::platformName() == "offscreen") {
+  if (!wantsNoDisplay && QGuiApplication::platformName() == kNoDisplay) {
     termination = nullptr;
     return drawInsteadOfWindow(commandLine);
   }
@@ -223,9 +238,12 @@ int runTodayView(const CommandLine& commandLine) {
 }
 
 void drawSnapshot(const CommandLine& commandLine) {
-  qputenv(kPlatform, "offscreen");
+  qputenv(kPlatform, kNoDisplay);
   const Application application;
-  draw(commandLine, commandLine.file);
+  Composition composition(commandLine.player);
+  SnapshotImage image(composition.view, composition.bridge);
+  image.open(commandLine.lyrics);
+  image.write(commandLine.file, commandLine.scale);
 }
 
 }  // namespace Corvella

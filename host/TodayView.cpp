@@ -74,7 +74,7 @@ void TodayView::connectWindow() {
 }
 
 bool TodayView::isOpen() const {
-  return window_ && window_->isVisible();
+  return window_ && window_->isVisible() && !window_->isMinimized();
 }
 
 void TodayView::open() {

@@ -131,6 +131,7 @@ void TodayWindow::open() {
   if (!isVisible()) {
     move(free.right() + 1 - kScreenMargin - width(), free.top() + kScreenMargin);
   }
+  setWindowState(windowState() & ~Qt::WindowMinimized);
   show();
   raise();
   activateWindow();

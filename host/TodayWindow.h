@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QKeyEvent>
 #include <QScrollArea>
 #include <QString>
 #include <QVariantAnimation>
@@ -15,6 +16,15 @@ namespace Corvella {
 class Card final : public QWidget {
  protected:
   void paintEvent(QPaintEvent* event) override;
+};
+
+/// Scrolls by wheel and bar. Keys are left to the window, which gives them a meaning.
+class ScrollArea final : public QScrollArea {
+ public:
+  using QScrollArea::QScrollArea;
+
+ protected:
+  void keyPressEvent(QKeyEvent* event) override { event->ignore(); }
 };
 
 /// The panel on the desktop: a heading, and below it the widget in a card that is as tall as the
@@ -67,7 +77,7 @@ class TodayWindow final : public QWidget {
   TextLabel date_{this};
   TextLabel notice_{this};
   PushButton close_{this, PushButton::Look::Flat};
-  QScrollArea scroll_{this};
+  ScrollArea scroll_{this};
   Card card_;
   WidgetPanel panel_{&card_};
   QVariantAnimation easing_;

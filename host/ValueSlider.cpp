@@ -54,6 +54,11 @@ void ValueSlider::mouseReleaseEvent(QMouseEvent* event) {
   if (event->button() == Qt::LeftButton) setSliderDown(false);
 }
 
+void ValueSlider::hideEvent(QHideEvent* event) {
+  QSlider::hideEvent(event);
+  setSliderDown(false);  // Nobody holds what is not there.
+}
+
 QRectF ValueSlider::thumb() const {
   const auto share =
       maximum() > minimum() ? 1.0 * (sliderPosition() - minimum()) / (maximum() - minimum()) : 0;

@@ -1,5 +1,6 @@
 #include <QByteArray>
 #include <QGuiApplication>
+#include <QLatin1String>
 #include <QString>
 #include <cstdio>
 #include <exception>
@@ -62,10 +63,13 @@ int perform(const CommandLine& commandLine, int& argumentCount, char** arguments
   return kFailed;
 }
 
-/// Qt's warnings are about its own surroundings and mean nothing to a user.
+/// Most of Qt's warnings are about its own surroundings and mean nothing to a user; that the
+/// display server is gone, which ends the program, does.
 void showOnlyGraveMessages(QtMsgType type, const QMessageLogContext& /*context*/,
                            const QString& message) {
-  if (type == QtCriticalMsg || type == QtFatalMsg) std::cerr << message.toStdString() << "\n";
+  const bool isGrave = type == QtCriticalMsg || type == QtFatalMsg ||
+                       message.contains(QLatin1String("connection broke"));
+  if (isGrave) std::cerr << message.toStdString() << "\n";
 }
 
 int run(int& argumentCount, char** arguments) {

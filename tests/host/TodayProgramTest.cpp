@@ -5,10 +5,13 @@
 #include <QTest>
 #include <chrono>
 #include <csignal>
+#include <filesystem>
 #include <string>
 #include <vector>
 
 #include <gmock/gmock.h>
+#include <sys/socket.h>
+#include <sys/un.h>
 
 #include "host/SingleInstance.h"
 #include "tests/support/Eventually.h"
@@ -69,6 +72,50 @@ TEST_F(AUser, HasOneInstanceThatLaterOnesTellWhatTheyAreStartedFor) {
     EXPECT_EQ(later.wait(), 0) << later.errors();
   }
   EXPECT_THAT(messages, ElementsAre(Message::Open, Message::Toggle));
+}
+
+/// Sends a datagram as any program of the user could, from a socket of that name if it is not
+/// empty.
+void sendDatagram(const std::filesystem::path& to, const std::string& text,
+                  const std::string& from = {}) {
+  const auto address = [](const std::string& name) {
+    sockaddr_un result{};
+    result.sun_family = AF_UNIX;
+    name.copy(result.sun_path, sizeof result.sun_path);
+    return result;
+  };
+  const FileDescriptor socket(::socket(AF_UNIX, SOCK_DGRAM, 0));
+  if (!from.empty()) {
+    const auto own = address(from);
+    ASSERT_EQ(::bind(socket.number(), reinterpret_cast<const sockaddr*>(&own), sizeof own), 0);
+  }
+  const auto receiver = address(to.string());
+  ASSERT_GE(::sendto(socket.number(), text.data(), text.size(), 0,
+                     reinterpret_cast<const sockaddr*>(&receiver), sizeof receiver),
+            0);
+}
+
+TEST_F(AUser, HasAnInstanceThatOutlivesStrangeMessages) {
+  auto first = start();
+  ASSERT_TRUE(isListening());
+  const auto socket = folder_.path() / "corvella.socket";
+  const std::string longest(107, 'x');
+  for (const auto* text : {"", "open", "nonsense"}) {
+    sendDatagram(socket, text);
+    sendDatagram(socket, text, '\0' + longest);
+  }
+  sendDatagram(socket, std::string(5000, 'o'));
+  auto second = start();
+  EXPECT_EQ(second.wait(), 0) << second.errors();
+  EXPECT_TRUE(first.running()) << first.errors();
+}
+
+TEST_F(AUser, WithADisplayServerThatIsNotThereGetsAPictureEvenIfTheyNameIt) {
+  Process program(
+      {CORVELLA_PROGRAM, "--player", "embedded"},
+      {"DISPLAY=:7654", "QT_QPA_PLATFORM=xcb", "XDG_RUNTIME_DIR=" + folder_.path().string()});
+  EXPECT_EQ(program.wait(std::chrono::seconds(30)), 0) << program.errors();
+  EXPECT_THAT(program.output(), HasSubstr("songTitle: "));
 }
 
 TEST_F(AUser, IsToldWhenTheFirstInstanceDoesNotAnswer) {
@@ -141,7 +188,7 @@ TEST_F(AUser, WithoutADisplayGetsASnapshotAndItsText) {
   EXPECT_EQ(program.wait(std::chrono::seconds(30)), 0);
   EXPECT_THAT(program.output(), HasSubstr("preferredContentSize: 320 x 285\n"));
   const auto notice = program.errors();
-  const auto start = notice.find("drawing ") + std::string("drawing ").size();
+  const auto start = notice.find("drew ") + std::string("drew ").size();
   const auto file = notice.substr(start, notice.find(" instead") - start);
   EXPECT_FALSE(QImage(QString::fromStdString(file)).isNull()) << notice;
 }
