@@ -172,15 +172,18 @@ class OnDesktop {
   void setUpAftermath() {
     lookForTray_.setSingleShot(true);
     QObject::connect(&lookForTray_, &QTimer::timeout, [this] {
-      QApplication::setWindowIcon(programIcon());
+      if (QApplication::windowIcon().isNull()) QApplication::setWindowIcon(programIcon());
       lookForTray();
     });
-    lookForTray_.start(kUntilWindowStands);
     allIsShown_.setSingleShot(true);
     allIsShown_.setInterval(kUntilAllIsShown);
     QObject::connect(&allIsShown_, &QTimer::timeout, ResidentMemory::release);
-    QObject::connect(&view(), &TodayView::appeared, [this] { allIsShown_.start(); });
+    QObject::connect(&view(), &TodayView::appeared, [this] {
+      if (!tray_) lookForTray_.start(kUntilWindowStands);
+      allIsShown_.start();
+    });
     QObject::connect(&view(), &TodayView::disappeared, [this] {
+      lookForTray_.stop();
       allIsShown_.stop();
       ResidentMemory::release();
     });
