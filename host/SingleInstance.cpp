@@ -34,7 +34,7 @@ bool SingleInstance::becomeFirst() {
   try {
     lock_.emplace(lockPath_);
     if (!lock_->tryLock()) return false;
-    listen();
+    socket_.emplace(LocalSocket::at(socketPath_));
   } catch (const std::system_error& error) {
     throw std::runtime_error("cannot watch for other instances: " + std::string(error.what()));
   }
@@ -42,7 +42,6 @@ bool SingleInstance::becomeFirst() {
 }
 
 void SingleInstance::listen() {
-  socket_.emplace(LocalSocket::at(socketPath_));
   notifier_ = std::make_unique<QSocketNotifier>(socket_->descriptor(), QSocketNotifier::Read);
   connect(notifier_.get(), &QSocketNotifier::activated, this, &SingleInstance::read);
 }

@@ -29,19 +29,21 @@ class SingleInstance final : public QObject {
   SingleInstance(const SingleInstance&) = delete;
   SingleInstance& operator=(const SingleInstance&) = delete;
 
-  /// Takes the first one's place if it is free and listens for the others; false when it is taken.
-  /// Throws `std::runtime_error` when the folder cannot be used.
+  /// Takes the first one's place if it is free; messages then wait for `listen`. False when it is
+  /// taken. Throws `std::runtime_error` when the folder cannot be used. Needs no
+  /// `QCoreApplication`.
   bool becomeFirst();
+  /// From now on `told` is emitted on this thread, which has an event loop. The first one's.
+  void listen();
 
   /// Tells the first one. Waits until it has read the message, at most a few seconds; false when it
-  /// does not.
+  /// does not. Needs no `QCoreApplication`.
   bool tellFirst(Message message) const;
 
  signals:
   void told(Corvella::SingleInstance::Message message);
 
  private:
-  void listen();
   void read();
 
   const std::string lockPath_;

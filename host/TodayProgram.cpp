@@ -129,10 +129,19 @@ std::unique_ptr<SingleInstance> takePlace(bool& first) {
   }
 }
 
-void connectInstance(const SingleInstance& instance, TodayView& view) {
+void tellFirst(const SingleInstance& instance, CommandLine::Action action) {
+  using Message = SingleInstance::Message;
+  const bool toggles = action == CommandLine::Action::Toggle;
+  if (!instance.tellFirst(toggles ? Message::Toggle : Message::Open)) {
+    throw std::runtime_error("the corvella that is running does not answer");
+  }
+}
+
+void connectInstance(SingleInstance& instance, TodayView& view) {
   QObject::connect(&instance, &SingleInstance::told, &view, [&view](auto message) {
     message == SingleInstance::Message::Toggle ? view.toggle() : view.open();
   });
+  instance.listen();
 }
 
 QIcon programIcon() {
@@ -210,7 +219,7 @@ class OnDesktop {
 };
 
 int runWindow(const CommandLine& commandLine, TerminationSignals& termination,
-              const SingleInstance* instance) {
+              SingleInstance* instance) {
   OnDesktop desktop(commandLine.player);
   QObject::connect(&termination, &TerminationSignals::received, qApp, &QApplication::quit);
   termination.listen();
@@ -222,22 +231,21 @@ int runWindow(const CommandLine& commandLine, TerminationSignals& termination,
 
 int runTodayView(const CommandLine& commandLine) {
   ResidentMemory::economise();
+  bool first = false;
+  auto instance = takePlace(first);
+  if (!first) {
+    tellFirst(*instance, commandLine.action);
+    return 0;
+  }
   auto termination = std::make_unique<TerminationSignals>();
   const bool wantsNoDisplay = choosePlatform();
   const Application application;
   if (!wantsNoDisplay && QGuiApplication::platformName() == kNoDisplay) {
+    instance = nullptr;
     termination = nullptr;
     return drawInsteadOfWindow(commandLine);
   }
-  bool first = false;
-  const auto instance = takePlace(first);
-  if (first) return runWindow(commandLine, *termination, instance.get());
-  const bool toggles = commandLine.action == CommandLine::Action::Toggle;
-  using Message = SingleInstance::Message;
-  if (!instance->tellFirst(toggles ? Message::Toggle : Message::Open)) {
-    throw std::runtime_error("the corvella that is running does not answer");
-  }
-  return 0;
+  return runWindow(commandLine, *termination, instance.get());
 }
 
 void drawSnapshot(const CommandLine& commandLine) {

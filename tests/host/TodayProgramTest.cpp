@@ -65,6 +65,7 @@ TEST_F(AUser, HasOneInstanceThatLaterOnesTellWhatTheyAreStartedFor) {
   std::vector<Message> messages;
   QObject::connect(&first, &SingleInstance::told,
                    [&](Message message) { messages.push_back(message); });
+  first.listen();
 
   for (const auto& options : std::vector<std::vector<std::string>>{{}, {"--toggle"}}) {
     auto later = start(options);
