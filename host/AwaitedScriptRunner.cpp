@@ -5,21 +5,19 @@
 
 namespace Corvella {
 
-AwaitedScriptRunner::AwaitedScriptRunner(Make make, Failed failed)
-    : runner_(std::async(
-          std::launch::async,
-          [make = std::move(make), failed = std::move(failed)]() -> std::unique_ptr<ScriptRunner> {
-            try {
-              return make();
-            } catch (const std::exception& error) {
-              failed(error.what());
-              return nullptr;
-            }
-          })) {}
+AwaitedScriptRunner::AwaitedScriptRunner(Make make)
+    : runner_(std::async(std::launch::async, std::move(make))) {}
 
 std::unique_ptr<NSAppleScript> AwaitedScriptRunner::initWithSource(std::string source) {
-  const auto& runner = runner_.get();
-  return runner ? runner->initWithSource(std::move(source)) : nullptr;
+  try {
+    runner_.get();
+  } catch (const std::exception& error) {
+    std::call_once(told_, [&] {
+      if (failed_) failed_(error.what());
+    });
+    return nullptr;
+  }
+  return runner_.get()->initWithSource(std::move(source));
 }
 
 }  // namespace Corvella

@@ -3,7 +3,9 @@
 #include <functional>
 #include <future>
 #include <memory>
+#include <mutex>
 #include <string>
+#include <utility>
 
 #include "scripting/ScriptRunner.h"
 
@@ -18,15 +20,20 @@ class AwaitedScriptRunner final : public ScriptRunner {
   using Make = std::function<std::unique_ptr<ScriptRunner>()>;
   using Failed = std::function<void(const std::string& reason)>;
 
-  /// Starts at once. `make` may throw a `std::exception`; `failed` is then called with its message,
-  /// once, on the other thread, and there are no scripts.
-  AwaitedScriptRunner(Make make, Failed failed);
+  /// Starts at once. `make` may throw a `std::exception`; there are no scripts then.
+  explicit AwaitedScriptRunner(Make make);
+
+  /// When `make` has failed, the first script calls `failed` with the reason, on its own thread. To
+  /// be set before that.
+  void setFailed(Failed failed) { failed_ = std::move(failed); }
 
   std::unique_ptr<NSAppleScript> initWithSource(std::string source) override;
 
  private:
   // Its end waits until the runner is made.
   const std::shared_future<std::unique_ptr<ScriptRunner>> runner_;
+  Failed failed_;
+  std::once_flag told_;
 };
 
 }  // namespace Corvella

@@ -13,7 +13,8 @@
 
 namespace Corvella {
 
-/// Everything that the program brings to the widget, put together. Needs a `QGuiApplication`.
+/// Everything that the program brings to the widget, put together. Text is measured once there is a
+/// `QGuiApplication`; all else needs none.
 class ProgramServices {
  public:
   ProgramServices();

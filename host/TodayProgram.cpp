@@ -59,17 +59,26 @@ class Application {
   QApplication application_;
 };
 
+/// A player that is being reached, which takes a while, and the services around it. Needs no
+/// application yet.
+struct Player {
+  explicit Player(const std::string& choice)
+      : name(choice), runner([this] { return services.makeScriptRunner(name); }) {}
+
+  const std::string name;
+  const ProgramServices services;
+  AwaitedScriptRunner runner;
+};
+
 /// The Today view with all that stands behind it.
 struct Composition {
-  explicit Composition(const std::string& player)
-      : runner([this, player] { return services.makeScriptRunner(player); },
-               [this](const std::string& reason) { bridge.startFailed(reason); }),
-        view(services.with(runner), bridge,
-             player == "auto" ? "The player" : QString::fromStdString(player)) {}
+  explicit Composition(Player& player)
+      : view(player.services.with(player.runner), bridge,
+             player.name == "auto" ? "The player" : QString::fromStdString(player.name)) {
+    player.runner.setFailed([this](const std::string& reason) { bridge.startFailed(reason); });
+  }
 
-  ProgramServices services;
   WidgetBridge bridge;
-  AwaitedScriptRunner runner;
   TodayView view;
 };
 
@@ -83,9 +92,9 @@ std::string unnamedSnapshot() {
   return (chosen + "/corvella-snapshot.png").toStdString();
 }
 
-int drawInsteadOfWindow(const CommandLine& commandLine) {
+int drawInsteadOfWindow(const CommandLine& commandLine, Player& player) {
   std::cerr << "corvella: no display server can be reached\n";
-  Composition composition(commandLine.player);
+  Composition composition(player);
   SnapshotImage image(composition.view, composition.bridge);
   image.open(commandLine.lyrics);
   std::cout << displayText(image.display());
@@ -153,7 +162,7 @@ QIcon programIcon() {
 /// The Today view on a desktop, until the user ends it.
 class OnDesktop {
  public:
-  explicit OnDesktop(const std::string& player) : composition_(player) {
+  explicit OnDesktop(Player& player) : composition_(player) {
     auto& view = composition_.view;
     QObject::connect(&composition_.bridge, &WidgetBridge::failed, [this](const QString& reason) {
       failure_ = reason.toStdString();
@@ -218,9 +227,8 @@ class OnDesktop {
   Composition composition_;
 };
 
-int runWindow(const CommandLine& commandLine, TerminationSignals& termination,
-              SingleInstance* instance) {
-  OnDesktop desktop(commandLine.player);
+int runWindow(Player& player, TerminationSignals& termination, SingleInstance* instance) {
+  OnDesktop desktop(player);
   QObject::connect(&termination, &TerminationSignals::received, qApp, &QApplication::quit);
   termination.listen();
   if (instance != nullptr) connectInstance(*instance, desktop.view());
@@ -239,19 +247,21 @@ int runTodayView(const CommandLine& commandLine) {
   }
   auto termination = std::make_unique<TerminationSignals>();
   const bool wantsNoDisplay = choosePlatform();
+  Player player(commandLine.player);  // Is reached while Qt reaches for the display server.
   const Application application;
   if (!wantsNoDisplay && QGuiApplication::platformName() == kNoDisplay) {
     instance = nullptr;
     termination = nullptr;
-    return drawInsteadOfWindow(commandLine);
+    return drawInsteadOfWindow(commandLine, player);
   }
-  return runWindow(commandLine, *termination, instance.get());
+  return runWindow(player, *termination, instance.get());
 }
 
 void drawSnapshot(const CommandLine& commandLine) {
   qputenv(kPlatform, kNoDisplay);
+  Player player(commandLine.player);
   const Application application;
-  Composition composition(commandLine.player);
+  Composition composition(player);
   SnapshotImage image(composition.view, composition.bridge);
   image.open(commandLine.lyrics);
   image.write(commandLine.file, commandLine.scale);

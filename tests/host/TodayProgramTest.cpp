@@ -111,14 +111,6 @@ TEST_F(AUser, HasAnInstanceThatOutlivesStrangeMessages) {
   EXPECT_TRUE(first.running()) << first.errors();
 }
 
-TEST_F(AUser, WithADisplayServerThatIsNotThereGetsAPictureEvenIfTheyNameIt) {
-  Process program(
-      {CORVELLA_PROGRAM, "--player", "embedded"},
-      {"DISPLAY=:7654", "QT_QPA_PLATFORM=xcb", "XDG_RUNTIME_DIR=" + folder_.path().string()});
-  EXPECT_EQ(program.wait(std::chrono::seconds(30)), 0) << program.errors();
-  EXPECT_THAT(program.output(), HasSubstr("songTitle: "));
-}
-
 TEST_F(AUser, IsToldWhenTheFirstInstanceDoesNotAnswer) {
   SingleInstance first(folder());
   ASSERT_TRUE(first.becomeFirst());
@@ -184,14 +176,20 @@ TEST_F(AUser, IsToldWhyASnapshotCannotBeWritten) {
 }
 
 TEST_F(AUser, WithoutADisplayGetsASnapshotAndItsText) {
-  Process program({"env", "--unset=QT_QPA_PLATFORM", CORVELLA_PROGRAM, "--player", "embedded"},
-                  {"DISPLAY=", "WAYLAND_DISPLAY=", "XDG_RUNTIME_DIR=" + folder_.path().string()});
-  EXPECT_EQ(program.wait(std::chrono::seconds(30)), 0);
-  EXPECT_THAT(program.output(), HasSubstr("preferredContentSize: 320 x 285\n"));
-  const auto notice = program.errors();
-  const auto start = notice.find("drew ") + std::string("drew ").size();
-  const auto file = notice.substr(start, notice.find(" instead") - start);
-  EXPECT_FALSE(QImage(QString::fromStdString(file)).isNull()) << notice;
+  const std::vector<std::vector<std::string>> surroundings{
+      {"--unset=QT_QPA_PLATFORM", "DISPLAY=", "WAYLAND_DISPLAY="},
+      {"QT_QPA_PLATFORM=xcb", "DISPLAY=:7654"}};
+  for (auto command : surroundings) {
+    command.insert(command.begin(), "env");
+    command.insert(command.end(), {CORVELLA_PROGRAM, "--player", "embedded"});
+    Process program(command, {"XDG_RUNTIME_DIR=" + folder_.path().string()});
+    EXPECT_EQ(program.wait(std::chrono::seconds(30)), 0);
+    EXPECT_THAT(program.output(), HasSubstr("preferredContentSize: 320 x 285\n"));
+    const auto notice = program.errors();
+    const auto start = notice.find("drew ") + std::string("drew ").size();
+    const auto file = notice.substr(start, notice.find(" instead") - start);
+    EXPECT_FALSE(QImage(QString::fromStdString(file)).isNull()) << notice;
+  }
 }
 
 TEST_F(AUser, SeesAWindowAtTheTopRightOfAnXScreen) {
