@@ -15,6 +15,7 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 #include "host/AwaitedScriptRunner.h"
 #include "host/FontPreload.h"
@@ -62,8 +63,8 @@ class Application {
 /// A player that is being reached, which takes a while, and the services around it. Needs no
 /// application yet.
 struct Player {
-  explicit Player(const std::string& choice)
-      : name(choice), runner([this] { return services.makeScriptRunner(name); }) {}
+  explicit Player(std::string choice)
+      : name(std::move(choice)), runner([this] { return services.makeScriptRunner(name); }) {}
 
   const std::string name;
   const ProgramServices services;

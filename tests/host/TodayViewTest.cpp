@@ -277,6 +277,8 @@ TEST(AHeldThumb, IsLetGoWhenThePanelIsHidden) {
   auto& stars = *rig.find<StarRating>("songRatingIndicator");
   QTest::mousePress(&slider, Qt::LeftButton, Qt::NoModifier, slider.rect().center());
   QTest::mousePress(&stars, Qt::LeftButton, Qt::NoModifier, QPoint(2, 2));
+  const auto held = slider.value();
+  ASSERT_TRUE(Rig::waitFor([&] { return *rig.player.soundVolume() == held; }));
   rig.view.hide();
   EXPECT_FALSE(slider.isSliderDown());
   EXPECT_FALSE(stars.isDown());
