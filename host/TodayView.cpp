@@ -73,12 +73,8 @@ void TodayView::connectWindow() {
           });
 }
 
-bool TodayView::isOpen() const {
-  return window_ && window_->isVisible() && !window_->isMinimized();
-}
-
 void TodayView::open() {
-  if (!isOpen()) appear();  // The widget prepares itself while the window is made.
+  appear();  // The widget prepares itself while the window is made.
   window().open();
 }
 
@@ -87,10 +83,11 @@ void TodayView::hide() {
 }
 
 void TodayView::toggle() {
-  isOpen() ? hide() : open();
+  open_ ? hide() : open();
 }
 
 void TodayView::appear() {
+  if (std::exchange(open_, true)) return;
   beatsSinceAppearance_ = 0;
   silent_ = false;
   report_.reset();
@@ -100,6 +97,7 @@ void TodayView::appear() {
 }
 
 void TodayView::disappear() {
+  if (!std::exchange(open_, false)) return;
   heartbeat_.stop();
   window_->setNotice({});
   extension_.disappear();

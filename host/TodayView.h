@@ -31,7 +31,8 @@ class TodayView final : public QObject {
   void hide();
   void toggle();
 
-  bool isOpen() const;
+  /// Whether the widget is on the screen: shown, and not put away by the desktop.
+  bool isOpen() const { return open_; }
   /// Made by the first use.
   TodayWindow& window();
 
@@ -54,6 +55,7 @@ class TodayView final : public QObject {
   ExtensionThread extension_;
   std::unique_ptr<TodayWindow> window_;
   QTimer heartbeat_;
+  bool open_ = false;
   std::optional<NCUpdateResult> report_;
   int beatsSinceAppearance_ = 0;
   bool silent_ = false;  // At the last beat.
