@@ -3,9 +3,9 @@
 #include <QKeyEvent>
 #include <QPainter>
 
+#include "host/ButtonSign.h"
 #include "host/QtFonts.h"
 #include "host/Theme.h"
-#include "host/TransportSign.h"
 
 namespace Corvella {
 
@@ -17,7 +17,7 @@ PushButton::PushButton(QWidget* parent, Look look) : QPushButton(parent), look_(
 void PushButton::display(const ButtonContent& content) {
   setFont(qtFont(content.font.get()));
   setEnabled(content.enabled);
-  sign_ = transportSign(content.title);
+  sign_ = buttonSign(content.title);
   title_ = sign_.isEmpty() ? QString::fromStdString(content.title) : QString();
   // An ampersand is a letter like any other.
   setText(QString(title_).replace(u'&', "&&"));

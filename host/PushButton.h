@@ -7,7 +7,7 @@
 
 namespace Corvella {
 
-/// A button, which shows transport signs as shapes of our own: those of the fonts differ in size
+/// A button, which shows signs as shapes of our own: those of the fonts differ in size
 /// and place. Reached by Tab, not by clicking, so that keys keep their meaning after a click.
 class PushButton final : public QPushButton {
  public:

@@ -3,9 +3,9 @@
 namespace Corvella::theme {
 
 QPalette palette() {
-  const QColor window(0x2b, 0x2b, 0x31);
-  QPalette palette(text(), window, window.lighter(), window.darker(), window.lighter(120), text(),
-                   text(), window, window);
+  const auto ground = card();
+  QPalette palette(text(), ground, ground.lighter(), ground.darker(), ground.lighter(120), text(),
+                   text(), ground, ground);
   palette.setColor(QPalette::Highlight, QColor(0x2f, 0x6d, 0xb5));
   palette.setColor(QPalette::HighlightedText, Qt::white);
   palette.setColor(QPalette::Disabled, QPalette::Text, faintText());
@@ -17,8 +17,6 @@ QPalette toolTipPalette() {
   QPalette tip = palette();
   tip.setColor(QPalette::ToolTipBase, QColor(0x3a, 0x3a, 0x41));
   tip.setColor(QPalette::ToolTipText, text());
-  tip.setColor(QPalette::Inactive, QPalette::ToolTipBase, QColor(0x3a, 0x3a, 0x41));
-  tip.setColor(QPalette::Inactive, QPalette::ToolTipText, text());
   return tip;
 }
 

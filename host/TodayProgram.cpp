@@ -19,6 +19,7 @@
 
 #include "host/AwaitedScriptRunner.h"
 #include "host/FontPreload.h"
+#include "host/ProgramFolders.h"
 #include "host/ProgramServices.h"
 #include "host/ResidentMemory.h"
 #include "host/SingleInstance.h"
@@ -86,7 +87,7 @@ struct Composition {
 /// Where a snapshot goes that nobody has named: beside the program, or into the user's own folder
 /// where that is not ours to write in.
 std::string unnamedSnapshot() {
-  const auto folder = QCoreApplication::applicationDirPath();
+  const auto folder = QString::fromStdString(ProgramFolders::program());
   const auto chosen = QFileInfo(folder).isWritable()
                           ? folder
                           : QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
@@ -155,9 +156,9 @@ void connectInstance(SingleInstance& instance, TodayView& view) {
 }
 
 QIcon programIcon() {
-  const auto share = QCoreApplication::applicationDirPath() + "/../share/";
-  const QIcon unpacked(share + "corvella/corvella.png");
-  return QIcon::fromTheme("corvella", unpacked);
+  // In the build tree it lies among the resources; installed, in the icon theme.
+  const auto unpacked = ProgramFolders::resources() / "corvella.png";
+  return QIcon::fromTheme("corvella", QIcon(QString::fromStdString(unpacked)));
 }
 
 /// The Today view on a desktop, until the user ends it.

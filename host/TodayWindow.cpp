@@ -80,11 +80,12 @@ void TodayWindow::setUp() {
 void TodayWindow::place() {
   const int left = kMargin + 4;
   const int closeLeft = width() - kMargin - kCloseSize;
+  constexpr int kDateTop = 4;  // With the notice below.
+  constexpr int kNoticeTop = 24;
   const QRect heading(left, 0, closeLeft - left, kHeadingHeight);
-  const int noticeHeight = notice_.isHidden() ? 0 : kNoticeHeight;
-  const int noticeTop = noticeHeight == 0 ? kHeadingHeight : kHeadingHeight / 2 + 2;
-  date_.setGeometry(heading.adjusted(0, noticeHeight == 0 ? 0 : 4, 0, noticeTop - kHeadingHeight));
-  notice_.setGeometry(left, noticeTop, heading.width(), kNoticeHeight);
+  const QRect aboveNotice(left, kDateTop, heading.width(), kNoticeTop - kDateTop);
+  date_.setGeometry(notice_.isHidden() ? heading : aboveNotice);
+  notice_.setGeometry(left, kNoticeTop, heading.width(), kNoticeHeight);
   close_.setGeometry(closeLeft, (kHeadingHeight - kCloseSize) / 2, kCloseSize, kCloseSize);
   // The margin on the right belongs to the scroll bar.
   scroll_.setGeometry(rect().adjusted(kMargin, kHeadingHeight, 0, -kMargin));

@@ -1,4 +1,4 @@
-#include "host/TransportSign.h"
+#include "host/ButtonSign.h"
 
 #include <QPolygonF>
 
@@ -37,7 +37,7 @@ QPolygonF bar(double x) {
 
 }  // namespace
 
-QPainterPath transportSign(std::string_view title) {
+QPainterPath buttonSign(std::string_view title) {
   constexpr double kNarrow = 0.8 * kTriangle;
   QPainterPath path;
   const auto add = [&](const QPolygonF& left, const QPolygonF& right) {
