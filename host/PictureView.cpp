@@ -18,6 +18,18 @@ QImage imageOf(const NSImage& picture) {
           QImage::Format_ARGB32_Premultiplied};
 }
 
+/// Makes the corners of an image transparent. To paint it through a rounded shape each time would
+/// take longer, and Qt would start threads for it.
+void roundCorners(QImage& image, double radius) {
+  QPainterPath corners;
+  corners.addRect(image.rect());
+  corners.addRoundedRect(image.rect(), radius, radius);
+  QPainter painter(&image);
+  painter.setRenderHint(QPainter::Antialiasing);
+  painter.setCompositionMode(QPainter::CompositionMode_DestinationOut);
+  painter.fillPath(corners, Qt::black);
+}
+
 bool isEmpty(const NSImage* picture) {
   return picture == nullptr || picture->bitmap().pixels.empty();
 }
@@ -44,22 +56,14 @@ void PictureView::paintEvent(QPaintEvent* /*event*/) {
   const auto place = pictureRect();
   if (place.isEmpty()) return;
   QPainter painter(this);
-  painter.setRenderHints(QPainter::Antialiasing | QPainter::SmoothPixmapTransform);
-  const auto ratio = painter.device()->devicePixelRatioF();
-  const auto& image = scaledTo((place.size() * ratio).toSize().expandedTo(QSize(1, 1)));
-  QBrush brush(image);
-  brush.setTransform(QTransform::fromTranslate(place.x(), place.y())
-                         .scale(place.width() / image.width(), place.height() / image.height()));
-  painter.setPen(Qt::NoPen);
-  painter.setBrush(brush);
-  painter.drawRoundedRect(place, kCornerRadius, kCornerRadius);
-}
-
-const QImage& PictureView::scaledTo(QSize pixels) {
+  const auto ratio = painter.deviceTransform().m11();  // Also where it is drawn into an image.
+  const auto pixels = (place.size() * ratio).toSize().expandedTo(QSize(1, 1));
   if (scaled_.size() != pixels) {
     scaled_ = imageOf(*image_).scaled(pixels, Qt::IgnoreAspectRatio, Qt::SmoothTransformation);
+    roundCorners(scaled_, kCornerRadius * ratio);
+    scaled_.setDevicePixelRatio(ratio);
   }
-  return scaled_;
+  painter.drawImage(place.topLeft(), scaled_);
 }
 
 }  // namespace Corvella

@@ -23,8 +23,6 @@ class PictureView final : public QWidget {
   void paintEvent(QPaintEvent* event) override;
 
  private:
-  const QImage& scaledTo(QSize pixels);
-
   std::shared_ptr<const NSImage> image_;
   QImage scaled_;
 };

@@ -75,7 +75,7 @@ void TextLabel::paintEvent(QPaintEvent* /*event*/) {
 }
 
 void TextLabel::resizeEvent(QResizeEvent* /*event*/) {
-  fit();
+  if (!text().isEmpty()) fit();
 }
 
 void TextLabel::fit() {

@@ -34,8 +34,10 @@ constexpr int kEasingMilliseconds = 150;
 constexpr QSize kFirstCard{320, 285};
 
 QScreen* screenUnderPointer() {
+  auto* const primary = QGuiApplication::primaryScreen();
+  if (QGuiApplication::screens().size() == 1) return primary;  // The display server is not asked.
   auto* const screen = QGuiApplication::screenAt(QCursor::pos());
-  return screen != nullptr ? screen : QGuiApplication::primaryScreen();
+  return screen != nullptr ? screen : primary;
 }
 
 }  // namespace
@@ -136,6 +138,7 @@ void TodayWindow::open() {
   show();
   raise();
   activateWindow();
+  showDate();  // The display server makes room meanwhile.
 }
 
 void TodayWindow::setNotice(const QString& notice) {
@@ -158,10 +161,13 @@ void TodayWindow::showDate() {
 void TodayWindow::paintEvent(QPaintEvent* /*event*/) {
   QPainter painter(this);
   painter.setRenderHint(QPainter::Antialiasing);
-  painter.setPen(theme::panelEdge());
-  painter.setBrush(theme::panel());
-  const auto edge = QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5);
-  painter.drawRoundedRect(edge, theme::kCornerRadius, theme::kCornerRadius);
+  // Nothing is below. Qt would start threads to blend so large an area.
+  painter.setCompositionMode(QPainter::CompositionMode_Source);
+  constexpr double kEdge = 1;
+  const QRectF whole = rect();
+  theme::fillRounded(painter, whole, theme::kCornerRadius, theme::panelEdge());
+  theme::fillRounded(painter, whole.adjusted(kEdge, kEdge, -kEdge, -kEdge),
+                     theme::kCornerRadius - kEdge, theme::panel());
 }
 
 void TodayWindow::keyPressEvent(QKeyEvent* event) {
@@ -183,7 +189,6 @@ void TodayWindow::mousePressEvent(QMouseEvent* event) {
 
 void TodayWindow::showEvent(QShowEvent* event) {
   QWidget::showEvent(event);
-  showDate();
   setFocus();
   if (event->spontaneous()) emit restored();
 }

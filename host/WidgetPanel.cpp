@@ -123,6 +123,7 @@ struct WidgetPanel::Shower {
     auto& widget = panel.control<Widget>(view);
     widget.setGeometry(pixelRect(view.frame, panel.height_));
     widget.display(content);
+    widget.show();
   }
 };
 
@@ -142,7 +143,6 @@ Widget& WidgetPanel::control(const ViewSnapshot& view) {
     widget->setObjectName(QString::fromStdString(view.identifier));
     describe(*widget, view);
     connectInput(*widget, view.identifier);
-    widget->show();
     control.widget = std::move(widget);
   }
   return dynamic_cast<Widget&>(*control.widget);
