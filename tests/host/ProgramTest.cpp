@@ -49,7 +49,7 @@ TEST(TheProgram, PrintsATrackOfARealPlayer) {
   const auto printed = run({"--print"}, bus.address());
   EXPECT_EQ(printed.status, 0);
   EXPECT_EQ(printed.output,
-            "songTitle: Dawn\nsongArtistAndAlbum: The Larks - Morning\nalbumArtView: 512 x 512\n"
+            "songTitle: Dawn\nsongArtistAndAlbum: The Larks - Morning\nalbumArtView: 288 x 288\n"
             "songRatingIndicator: 0 of 5\nplayButton: \u25b6\nsoundVolume: 100\n"
             "progressBar: 0 of 60\ntoggleLyricsButton: Show Lyrics\nlyricsView:  (0 lines)\n"
             "preferredContentSize: 320 x 285\n");
@@ -67,7 +67,7 @@ TEST(TheProgram, PrintsATrackOfARealPlayer) {
 TEST(TheProgram, SaysSoWhenItShowsTheEmbeddedPlayerForWantOfABus) {
   const auto printed = run({"--print"});
   EXPECT_EQ(printed.status, 0);
-  EXPECT_THAT(printed.output, AllOf(HasSubstr("albumArtView: 512 x 512\n"),
+  EXPECT_THAT(printed.output, AllOf(HasSubstr("albumArtView: 288 x 288\n"),
                                     HasSubstr("preferredContentSize: 320 x 285\n")));
   EXPECT_THAT(printed.errors, HasSubstr("embedded"));
   EXPECT_EQ(run({"--print", "--player", "embedded"}).errors, "");
