@@ -50,6 +50,13 @@ bool isCutBmp(std::string_view file) {
   return size > file.size();
 }
 
+/// The format of the usual files, by their first bytes; empty for others. To find it out by itself,
+/// Qt would load all of its plugins.
+QByteArray formatOf(std::string_view file) {
+  if (file.starts_with("\x89PNG\r\n\x1a\n")) return "png";
+  return file.starts_with("\xff\xd8\xff") ? "jpeg" : QByteArray();
+}
+
 }  // namespace
 
 std::optional<NSDecodedImage> QtImageDecoder::decode(std::span<const std::byte> bytes) const {
@@ -62,8 +69,10 @@ std::optional<NSDecodedImage> QtImageDecoder::decode(std::span<const std::byte> 
   QBuffer buffer(&data);
   buffer.open(QIODevice::ReadOnly);
 
-  QImageReader reader(&buffer);
-  reader.setDecideFormatFromContent(true);
+  const auto format = formatOf(file);
+  QImageReader reader(&buffer, format);
+  reader.setAutoDetectImageFormat(format.isEmpty());
+  reader.setDecideFormatFromContent(format.isEmpty());
   reader.setAutoTransform(true);
   const QSize stored = reader.size();
   if (stored.isEmpty() || 1LL * stored.width() * stored.height() > kMostPixels) return std::nullopt;
