@@ -46,18 +46,14 @@ int releaseConstantSegments(dl_phdr_info* object, std::size_t /*size*/, void* /*
 
 }  // namespace
 
-void economise() {
-  constexpr int kPools = 2;
+void release() {
+  // Large blocks go back to the kernel as they are freed. Set at all, these no longer grow with the
+  // blocks that are freed.
   constexpr int kLargeBlock = 128 * 1024;
-  // NOLINTBEGIN(concurrency-mt-unsafe): there are no other threads yet.
-  ::mallopt(M_ARENA_MAX, kPools);
-  // Set at all, these no longer grow with the blocks that are freed.
+  // NOLINTBEGIN(concurrency-mt-unsafe): what is set changes nothing about blocks that are in use.
   ::mallopt(M_MMAP_THRESHOLD, kLargeBlock);
   ::mallopt(M_TRIM_THRESHOLD, kLargeBlock);
   // NOLINTEND(concurrency-mt-unsafe)
-}
-
-void release() {
   ::malloc_trim(0);
   ::dl_iterate_phdr(releaseConstantSegments, nullptr);
 }
