@@ -6,21 +6,14 @@
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 namespace Corvella {
 
 FileLock::FileLock(const std::string& path)
-    : descriptor_(::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR)) {
-  if (descriptor_ < 0) throw std::system_error(errno, std::generic_category(), path);
-}
-
-FileLock::~FileLock() {
-  ::close(descriptor_);
-}
+    : file_(::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, S_IRUSR | S_IWUSR), path.c_str()) {}
 
 bool FileLock::tryLock() const {
-  if (::flock(descriptor_, LOCK_EX | LOCK_NB) == 0) return true;
+  if (::flock(file_.number(), LOCK_EX | LOCK_NB) == 0) return true;
   if (errno == EWOULDBLOCK) return false;
   throw std::system_error(errno, std::generic_category(), "flock");
 }

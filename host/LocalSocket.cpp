@@ -6,7 +6,6 @@
 #include <cstddef>
 #include <cstring>
 #include <system_error>
-#include <utility>
 
 #include <poll.h>
 #include <sys/socket.h>
@@ -65,23 +64,14 @@ void check(int result, const std::string& subject) {
 }  // namespace
 
 LocalSocket::LocalSocket()
-    : descriptor_(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0)) {
-  check(descriptor_, "socket");
-}
-
-LocalSocket::LocalSocket(LocalSocket&& other) noexcept
-    : descriptor_(std::exchange(other.descriptor_, -1)) {}
-
-LocalSocket::~LocalSocket() {
-  if (descriptor_ >= 0) ::close(descriptor_);
-}
+    : socket_(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0), "socket") {}
 
 LocalSocket LocalSocket::at(const std::string& path) {
   LocalSocket socket;
   const auto address = Address::named(path);
   if (!address) throw std::system_error(ENAMETOOLONG, std::generic_category(), path);
   ::unlink(path.c_str());
-  check(::bind(socket.descriptor_, address->get(), address->length()), path);
+  check(::bind(socket.descriptor(), address->get(), address->length()), path);
   check(::chmod(path.c_str(), S_IRUSR | S_IWUSR), path);
   return socket;
 }
@@ -89,7 +79,7 @@ LocalSocket LocalSocket::at(const std::string& path) {
 LocalSocket LocalSocket::unnamed() {
   LocalSocket socket;
   const Address any;  // The kernel finds a name, for the answers.
-  check(::bind(socket.descriptor_, any.get(), any.length()), "socket");
+  check(::bind(socket.descriptor(), any.get(), any.length()), "socket");
   return socket;
 }
 
@@ -98,13 +88,13 @@ std::optional<LocalSocket::Message> LocalSocket::receive() const {
   std::array<char, kLongest> text{};
   Address sender;
   const auto size =
-      ::recvfrom(descriptor_, text.data(), text.size(), 0, sender.get(), sender.room());
+      ::recvfrom(descriptor(), text.data(), text.size(), 0, sender.get(), sender.room());
   if (size < 0) return std::nullopt;
   return Message{.text = {text.data(), static_cast<std::size_t>(size)}, .sender = sender.name()};
 }
 
 std::optional<LocalSocket::Message> LocalSocket::receive(std::chrono::milliseconds patience) const {
-  pollfd readable{.fd = descriptor_, .events = POLLIN, .revents = 0};
+  pollfd readable{.fd = descriptor(), .events = POLLIN, .revents = 0};
   ::poll(&readable, 1, static_cast<int>(patience.count()));
   return receive();
 }
@@ -113,7 +103,7 @@ bool LocalSocket::send(std::string_view text, const std::string& address) const 
   const auto receiver = Address::named(address);
   if (!receiver || address.empty()) return false;
   const auto sent =
-      ::sendto(descriptor_, text.data(), text.size(), 0, receiver->get(), receiver->length());
+      ::sendto(descriptor(), text.data(), text.size(), 0, receiver->get(), receiver->length());
   return sent >= 0;
 }
 

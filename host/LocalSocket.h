@@ -5,6 +5,8 @@
 #include <string>
 #include <string_view>
 
+#include "platform/posix/FileDescriptor.h"
+
 namespace Corvella {
 
 /// A socket for short messages between programs of one user, under a path of the file system.
@@ -21,12 +23,8 @@ class LocalSocket {
   /// Sends messages, and takes the answers to them.
   static LocalSocket unnamed();
 
-  ~LocalSocket();
-  LocalSocket(LocalSocket&& other) noexcept;
-  LocalSocket& operator=(LocalSocket&&) = delete;
-
   /// Readable when a message waits.
-  int descriptor() const { return descriptor_; }
+  int descriptor() const { return socket_.number(); }
 
   /// The oldest message that waits; absent when none does. Longer ones than those of Corvella are
   /// cut.
@@ -41,7 +39,7 @@ class LocalSocket {
  private:
   LocalSocket();
 
-  int descriptor_;
+  FileDescriptor socket_;
 };
 
 }  // namespace Corvella

@@ -1,8 +1,6 @@
 #include "host/TerminationSignals.h"
 
-#include <cerrno>
 #include <csignal>
-#include <system_error>
 
 #include <sys/signalfd.h>
 #include <unistd.h>
@@ -18,27 +16,27 @@ sigset_t terminationSet() {
   return set;
 }
 
-}  // namespace
-
-TerminationSignals::TerminationSignals() {
+/// Gives what they can be read from, or -1.
+int takeSignals() {
   const auto set = terminationSet();
   ::pthread_sigmask(SIG_BLOCK, &set, nullptr);
-  descriptor_ = ::signalfd(-1, &set, SFD_CLOEXEC | SFD_NONBLOCK);
-  if (descriptor_ < 0) throw std::system_error(errno, std::generic_category(), "signalfd");
+  return ::signalfd(-1, &set, SFD_CLOEXEC | SFD_NONBLOCK);
 }
 
+}  // namespace
+
+TerminationSignals::TerminationSignals() : signals_(takeSignals(), "signalfd") {}
+
 TerminationSignals::~TerminationSignals() {
-  notifier_ = nullptr;
-  ::close(descriptor_);
   const auto set = terminationSet();
   ::pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
 }
 
 void TerminationSignals::listen() {
-  notifier_ = std::make_unique<QSocketNotifier>(descriptor_, QSocketNotifier::Read);
+  notifier_ = std::make_unique<QSocketNotifier>(signals_.number(), QSocketNotifier::Read);
   connect(notifier_.get(), &QSocketNotifier::activated, this, [this] {
     signalfd_siginfo information{};
-    if (::read(descriptor_, &information, sizeof information) > 0) emit received();
+    if (::read(signals_.number(), &information, sizeof information) > 0) emit received();
   });
 }
 

@@ -4,6 +4,8 @@
 #include <QSocketNotifier>
 #include <memory>
 
+#include "platform/posix/FileDescriptor.h"
+
 namespace Corvella {
 
 /// Takes the signals that ask the program to end, SIGTERM, SIGINT and SIGHUP, out of the kernel's
@@ -28,7 +30,7 @@ class TerminationSignals final : public QObject {
   void received();
 
  private:
-  int descriptor_;
+  FileDescriptor signals_;
   std::unique_ptr<QSocketNotifier> notifier_;
 };
 

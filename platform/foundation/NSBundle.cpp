@@ -6,41 +6,26 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "platform/posix/FileDescriptor.h"
+
 namespace {
 
-/// A file open for reading, closed at the end.
-class OpenFile {
- public:
-  // Not blocking, so that a pipe in the place of a resource holds nobody up.
-  explicit OpenFile(const std::filesystem::path& path)
-      : descriptor_(open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK)) {}
-  ~OpenFile() {
-    if (descriptor_ >= 0) close(descriptor_);
-  }
-  OpenFile(const OpenFile&) = delete;
-  OpenFile& operator=(const OpenFile&) = delete;
+/// Absent for what is no regular file.
+std::optional<std::size_t> sizeOf(int file) {
+  struct stat status {};
+  if (fstat(file, &status) != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
+  return static_cast<std::size_t>(status.st_size);
+}
 
-  /// Absent for what is no regular file.
-  std::optional<std::size_t> size() const {
-    struct stat status {};
-    if (descriptor_ < 0 || fstat(descriptor_, &status) != 0) return std::nullopt;
-    if (!S_ISREG(status.st_mode)) return std::nullopt;
-    return static_cast<std::size_t>(status.st_size);
+bool fill(std::vector<std::byte>& bytes, int file) {
+  std::size_t filled = 0;
+  while (filled < bytes.size()) {
+    const auto count = read(file, bytes.data() + filled, bytes.size() - filled);
+    if (count <= 0) return false;
+    filled += static_cast<std::size_t>(count);
   }
-
-  bool fill(std::vector<std::byte>& bytes) const {
-    std::size_t filled = 0;
-    while (filled < bytes.size()) {
-      const auto count = read(descriptor_, bytes.data() + filled, bytes.size() - filled);
-      if (count <= 0) return false;
-      filled += static_cast<std::size_t>(count);
-    }
-    return true;
-  }
-
- private:
-  int descriptor_;
-};
+  return true;
+}
 
 }  // namespace
 
@@ -51,10 +36,14 @@ std::filesystem::path NSBundle::pathForResource(std::string_view name) const {
 }
 
 std::optional<std::vector<std::byte>> NSBundle::dataForResource(std::string_view name) const {
-  const OpenFile file(pathForResource(name));
-  const auto size = file.size();
+  // Not blocking, so that a pipe in the place of a resource holds nobody up.
+  const auto path = pathForResource(name);
+  const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+  if (descriptor < 0) return std::nullopt;
+  const Corvella::FileDescriptor file(descriptor, path.c_str());
+  const auto size = sizeOf(descriptor);
   if (!size) return std::nullopt;
   std::vector<std::byte> bytes(*size);
-  if (!file.fill(bytes)) return std::nullopt;
+  if (!fill(bytes, descriptor)) return std::nullopt;
   return bytes;
 }

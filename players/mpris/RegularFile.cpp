@@ -59,37 +59,23 @@ std::optional<RegularFile> RegularFile::open(const std::filesystem::path& path) 
   if (!namesRegularFile(path.native())) return std::nullopt;
   const int descriptor = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
   if (descriptor < 0) return std::nullopt;
-  RegularFile file(descriptor, {});
+  FileDescriptor file(descriptor, path.c_str());
   const auto identity = identityOfDescriptor(descriptor);
   if (!identity) return std::nullopt;
-  file.identity_ = *identity;
-  return file;
-}
-
-RegularFile::~RegularFile() {
-  if (descriptor_ >= 0) ::close(descriptor_);
-}
-
-RegularFile::RegularFile(RegularFile&& other) noexcept
-    : descriptor_(std::exchange(other.descriptor_, -1)), identity_(other.identity_) {}
-
-RegularFile& RegularFile::operator=(RegularFile&& other) noexcept {
-  std::swap(descriptor_, other.descriptor_);
-  std::swap(identity_, other.identity_);
-  return *this;
+  return RegularFile(std::move(file), *identity);
 }
 
 bool RegularFile::unchanged() const {
-  return identityOfDescriptor(descriptor_) == identity_;
+  return identityOfDescriptor(descriptor()) == identity_;
 }
 
 std::optional<std::vector<std::byte>> RegularFile::readAll(std::size_t limit) const {
   if (identity_.size > limit) return std::nullopt;
   std::vector<std::byte> bytes(identity_.size);
-  if (readAt(descriptor_, bytes, 0) != bytes.size()) return std::nullopt;
+  if (readAt(descriptor(), bytes, 0) != bytes.size()) return std::nullopt;
   // Some files of the system report no size although they hold text.
   std::byte further{};
-  if (readAt(descriptor_, {&further, 1}, bytes.size()) != 0) return std::nullopt;
+  if (readAt(descriptor(), {&further, 1}, bytes.size()) != 0) return std::nullopt;
   if (!unchanged()) return std::nullopt;
   return bytes;
 }

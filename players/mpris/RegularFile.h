@@ -4,7 +4,10 @@
 #include <cstdint>
 #include <filesystem>
 #include <optional>
+#include <utility>
 #include <vector>
+
+#include "platform/posix/FileDescriptor.h"
 
 namespace Corvella {
 
@@ -28,10 +31,6 @@ class RegularFile {
   /// read.
   static std::optional<RegularFile> open(const std::filesystem::path& path);
 
-  ~RegularFile();
-  RegularFile(RegularFile&& other) noexcept;
-  RegularFile& operator=(RegularFile&& other) noexcept;
-
   /// The file as it was when it was opened.
   const FileIdentity& identity() const { return identity_; }
 
@@ -43,13 +42,13 @@ class RegularFile {
   std::optional<std::vector<std::byte>> readAll(std::size_t limit) const;
 
   /// Stays owned by this object.
-  int descriptor() const { return descriptor_; }
+  int descriptor() const { return file_.number(); }
 
  private:
-  RegularFile(int descriptor, const FileIdentity& identity)
-      : descriptor_(descriptor), identity_(identity) {}
+  RegularFile(FileDescriptor file, const FileIdentity& identity)
+      : file_(std::move(file)), identity_(identity) {}
 
-  int descriptor_;
+  FileDescriptor file_;
   FileIdentity identity_;
 };
 

@@ -85,7 +85,7 @@ void sendDatagram(const std::filesystem::path& to, const std::string& text,
     name.copy(result.sun_path, sizeof result.sun_path);
     return result;
   };
-  const FileDescriptor socket(::socket(AF_UNIX, SOCK_DGRAM, 0));
+  const FileDescriptor socket(::socket(AF_UNIX, SOCK_DGRAM, 0), "socket");
   if (!from.empty()) {
     const auto own = address(from);
     ASSERT_EQ(::bind(socket.number(), reinterpret_cast<const sockaddr*>(&own), sizeof own), 0);

@@ -33,7 +33,7 @@ bool send(int connection, std::string_view bytes) {
 
 }  // namespace
 
-HttpServer::HttpServer() : listener_(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+HttpServer::HttpServer() : listener_(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0), "socket") {
   sockaddr_in address{};
   address.sin_family = AF_INET;
   address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
@@ -71,7 +71,7 @@ void HttpServer::serve() {
   for (;;) {
     const int connection = ::accept4(listener_.number(), nullptr, nullptr, SOCK_CLOEXEC);
     if (connection < 0) return;
-    const FileDescriptor owned(connection);
+    const FileDescriptor owned(connection, "accept");
     converse(connection);
   }
 }

@@ -47,18 +47,10 @@ std::string contentsOf(const FileDescriptor& file) {
 
 }  // namespace
 
-FileDescriptor::FileDescriptor(int number) : number_(number) {
-  if (number < 0) throw std::system_error(errno, std::generic_category(), "file descriptor");
-}
-
-FileDescriptor::~FileDescriptor() {
-  ::close(number_);
-}
-
 Process::Process(const std::vector<std::string>& command,
                  const std::vector<std::string>& environment)
-    : output_(::memfd_create("output", MFD_CLOEXEC)),
-      errors_(::memfd_create("errors", MFD_CLOEXEC)) {
+    : output_(::memfd_create("output", MFD_CLOEXEC), "output"),
+      errors_(::memfd_create("errors", MFD_CLOEXEC), "errors") {
   auto texts = commandIn(environment, command);
   const auto arguments = pointersTo(texts);
   const auto parent = ::getpid();

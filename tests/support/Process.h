@@ -7,22 +7,9 @@
 
 #include <sys/types.h>
 
+#include "platform/posix/FileDescriptor.h"
+
 namespace Corvella {
-
-/// Owns a file descriptor.
-class FileDescriptor {
- public:
-  /// Throws std::system_error when `number` is that of a failure.
-  explicit FileDescriptor(int number);
-  ~FileDescriptor();
-  FileDescriptor(const FileDescriptor&) = delete;
-  FileDescriptor& operator=(const FileDescriptor&) = delete;
-
-  int number() const { return number_; }
-
- private:
-  const int number_;
-};
 
 /// A program that runs beside the test. It is killed and reaped with this object, and by the kernel
 /// when the thread that started it ends.
