@@ -58,11 +58,17 @@ TextLabel::TextLabel(QWidget* parent) : QLabel(parent) {
 }
 
 void TextLabel::display(const TextFieldContent& content) {
-  const auto text = onOneLine(QString::fromStdString(content.text));
-  setFont(qtFont(content.font.get()));
-  color_ = qtColor(content.color);
-  setAlignment(alignmentOf(content.alignment, text.isRightToLeft()) | Qt::AlignVCenter);
-  setText(text);
+  display(QString::fromStdString(content.text), qtFont(content.font.get()), qtColor(content.color),
+          content.alignment);
+}
+
+void TextLabel::display(const QString& text, const QFont& font, const QColor& color,
+                        NSTextAlignment alignment) {
+  const auto line = onOneLine(text);
+  setFont(font);
+  color_ = color;
+  setAlignment(alignmentOf(alignment, line.isRightToLeft()) | Qt::AlignVCenter);
+  setText(line);
   fit();
 }
 

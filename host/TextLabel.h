@@ -14,6 +14,8 @@ class TextLabel final : public QLabel {
   explicit TextLabel(QWidget* parent);
 
   void display(const TextFieldContent& content);
+  void display(const QString& text, const QFont& font, const QColor& color,
+               NSTextAlignment alignment = NSTextAlignmentLeft);
 
   /// The text as it is painted.
   const QString& shownText() const { return shown_; }

@@ -26,6 +26,10 @@ inline QColor text() {
 inline QColor faintText() {
   return {0x8e, 0x8e, 0x95};
 }
+/// Of what the heading has to say.
+inline QColor notice() {
+  return {0xff, 0xc7, 0x6e};
+}
 inline QColor groove() {
   return {0xff, 0xff, 0xff, 0x38};
 }

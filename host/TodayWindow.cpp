@@ -14,7 +14,6 @@
 #include <cmath>
 
 #include "host/Theme.h"
-#include "platform/appkit/NSFont.h"
 
 namespace Corvella {
 
@@ -23,10 +22,8 @@ namespace {
 constexpr int kMargin = 12;
 constexpr int kHeadingHeight = 44;
 constexpr int kNoticeHeight = 16;
-constexpr double kNoticeSize = 12;
-constexpr double kDateSize = 16;  // That of the title, whose font is loaded anyway.
-constexpr NSColor kDateColor{.red = 0.95, .green = 0.95, .blue = 0.96};
-constexpr NSColor kNoticeColor{.red = 1, .green = 0.78, .blue = 0.43};
+constexpr int kNoticeSize = 12;
+constexpr int kDateSize = 16;  // That of the title, whose font is loaded anyway.
 constexpr int kCloseSize = 24;
 constexpr int kScreenMargin = 8;
 constexpr int kEasingMilliseconds = 150;
@@ -38,6 +35,12 @@ QScreen* screenUnderPointer() {
   if (QGuiApplication::screens().size() == 1) return primary;  // The display server is not asked.
   auto* const screen = QGuiApplication::screenAt(QCursor::pos());
   return screen != nullptr ? screen : primary;
+}
+
+QFont fontOfSize(int pixels) {
+  QFont font;
+  font.setPixelSize(pixels);
+  return font;
 }
 
 }  // namespace
@@ -143,9 +146,7 @@ void TodayWindow::open() {
 
 void TodayWindow::setNotice(const QString& notice) {
   if (notice == notice_.text()) return;
-  notice_.display({.text = notice.toStdString(),
-                   .color = kNoticeColor,
-                   .font = NSFont::systemFontOfSize(kNoticeSize)});
+  notice_.display(notice, fontOfSize(kNoticeSize), theme::notice());
   notice_.setVisible(!notice.isEmpty());
   place();
 }
@@ -153,9 +154,9 @@ void TodayWindow::setNotice(const QString& notice) {
 void TodayWindow::showDate() {
   const auto today = QLocale().toString(QDate::currentDate(), "dddd, d MMMM");
   if (today == date_.text()) return;
-  date_.display({.text = today.toStdString(),
-                 .color = kDateColor,
-                 .font = NSFont::boldSystemFontOfSize(kDateSize)});
+  auto font = fontOfSize(kDateSize);
+  font.setBold(true);
+  date_.display(today, font, theme::text());
 }
 
 void TodayWindow::paintEvent(QPaintEvent* /*event*/) {
