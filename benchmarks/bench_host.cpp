@@ -6,7 +6,6 @@
 #include <cstdio>
 #include <exception>
 #include <filesystem>
-#include <fstream>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -15,6 +14,7 @@
 #include <vector>
 
 #include "benchmarks/Ratio.h"
+#include "benchmarks/SystemFigures.h"
 #include "host/SingleInstance.h"
 #include "tests/support/Eventually.h"
 #include "tests/support/FakeMprisPlayer.h"
@@ -28,6 +28,7 @@
 namespace Corvella {
 namespace {
 
+using namespace SystemFigures;
 using std::chrono::seconds;
 
 /// A desktop: a display, a session bus and a user.
@@ -83,7 +84,7 @@ class Watched {
   }
   double microsecondsToFirstPaint() { return number(0); }
   double longestStallInMicroseconds() { return number(1); }
-  std::filesystem::path system() const { return "/proc/" + std::to_string(process_.id()); }
+  pid_t id() const { return process_.id(); }
 
  private:
   Watched(const Desktop& desktop, const std::string& program, int stallSeconds,
@@ -100,41 +101,6 @@ class Watched {
 
   Process process_;
 };
-
-/// The number behind a word of a file of /proc.
-double numberAfter(const std::filesystem::path& file, const std::string& word) {
-  std::ifstream lines(file);
-  for (std::string read; lines >> read;) {
-    double number = 0;
-    if (read == word && lines >> number) return number;
-  }
-  throw std::runtime_error(file.string() + " has no " + word);
-}
-
-/// Adds up a number over all threads of a program.
-template <typename Number>
-double overThreads(const std::filesystem::path& system, Number number) {
-  double sum = 0;
-  for (const auto& thread : std::filesystem::directory_iterator(system / "task")) {
-    sum += number(thread.path());
-  }
-  return sum;
-}
-
-double processorSeconds(const std::filesystem::path& system) {
-  return overThreads(system, [](const std::filesystem::path& thread) {
-    double nanoseconds = 0;
-    std::ifstream(thread / "schedstat") >> nanoseconds;
-    return nanoseconds / 1e9;
-  });
-}
-
-/// How often threads have gone to sleep: once for each time that they were woken.
-double sleeps(const std::filesystem::path& system) {
-  return overThreads(system, [](const std::filesystem::path& thread) {
-    return numberAfter(thread / "status", "voluntary_ctxt_switches:");
-  });
-}
 
 const char* verdict(bool kept) {
   return kept ? "kept" : "MISSED";
@@ -173,10 +139,6 @@ std::filesystem::path makeLongTrack(const TemporaryFolder& folder, const std::st
   return file;
 }
 
-double memory(const Watched& program, const std::string& kind) {
-  return numberAfter(program.system() / "smaps_rollup", kind) / 1024;
-}
-
 void measureMemory(const Desktop& desktop) {
   constexpr double kAtMost = 8;
   auto empty = Watched::emptyWindow(desktop);
@@ -186,14 +148,14 @@ void measureMemory(const Desktop& desktop) {
   // It gives back what it needed to start after a few seconds, and some of that comes back.
   for (const int time : {1, 15}) {
     std::this_thread::sleep_for(seconds(time));
-    const auto more = memory(corvella, "Rss:") - memory(empty, "Rss:");
+    const auto more = residentMegabytes(corvella.id()) - residentMegabytes(empty.id());
     std::printf(
         "memory with a cover of 3000 x 3000, after %d s: %.1f MB resident - %.1f MB of an "
         "empty window = %.1f MB; at most %g MB: %s\n",
-        time, memory(corvella, "Rss:"), memory(empty, "Rss:"), more, kAtMost,
+        time, residentMegabytes(corvella.id()), residentMegabytes(empty.id()), more, kAtMost,
         verdict(more <= kAtMost));
     std::printf("  of that its own, not shared with any file: %.1f MB - %.1f MB\n",
-                memory(corvella, "Anonymous:"), memory(empty, "Anonymous:"));
+                anonymousMegabytes(corvella.id()), anonymousMegabytes(empty.id()));
   }
 }
 
@@ -203,10 +165,10 @@ void measurePlaying(const Desktop& desktop) {
   auto corvella = Watched::corvella(desktop, "auto");
   corvella.microsecondsToFirstPaint();
   std::this_thread::sleep_for(seconds(2));
-  const auto before = processorSeconds(corvella.system());
+  const auto before = processorSeconds(corvella.id());
   std::this_thread::sleep_for(kTime);
   const auto percent =
-      100 * (processorSeconds(corvella.system()) - before) / static_cast<double>(kTime.count());
+      100 * (processorSeconds(corvella.id()) - before) / static_cast<double>(kTime.count());
   std::printf("visible, mpv playing, for 30 s: %.2f %% of a core; at most %g %%: %s\n", percent,
               kAtMost, verdict(percent <= kAtMost));
 }
@@ -219,12 +181,12 @@ void measureHidden(const Desktop& desktop) {
   SingleInstance user(QString::fromStdString(desktop.folder.path()));
   if (!user.tellFirst(SingleInstance::Message::Toggle)) throw std::runtime_error("no toggle");
   std::this_thread::sleep_for(seconds(2));
-  const auto before = sleeps(corvella.system());
-  const auto time = processorSeconds(corvella.system());
+  const auto before = sleeps(corvella.id());
+  const auto time = processorSeconds(corvella.id());
   player.forgetCalls();
   std::this_thread::sleep_for(seconds(15));
-  const auto wakeUps = sleeps(corvella.system()) - before;
-  const auto used = processorSeconds(corvella.system()) - time;
+  const auto wakeUps = sleeps(corvella.id()) - before;
+  const auto used = processorSeconds(corvella.id()) - time;
   std::printf(
       "hidden for 15 s: %.0f wake-ups of all threads, %zu calls to the player, %.1f ms of "
       "processor time; at most 0, 0: %s\n",

@@ -6,8 +6,6 @@
 #include <condition_variable>
 #include <cstdio>
 #include <exception>
-#include <filesystem>
-#include <fstream>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -17,6 +15,7 @@
 
 #include "benchmarks/Ratio.h"
 #include "benchmarks/RawReader.h"
+#include "benchmarks/SystemFigures.h"
 #include "host/ExtensionThread.h"
 #include "host/FontconfigFinder.h"
 #include "host/QtImageDecoder.h"
@@ -149,29 +148,6 @@ class Host final : public WidgetHost {
   WidgetDisplay display_;
 };
 
-/// Voluntary context switches of all threads but this one: how often they went to sleep again.
-long wakeUpsOfOtherThreads() {
-  long total = 0;
-  const auto self = std::to_string(gettid());
-  for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
-    if (task.path().filename() == self) continue;
-    std::ifstream status(task.path() / "status");
-    for (std::string word; status >> word;) {
-      long count = 0;
-      if (word == "voluntary_ctxt_switches:" && status >> count) total += count;
-    }
-  }
-  return total;
-}
-
-double residentMegabytes() {
-  std::ifstream statm("/proc/self/statm");
-  double all = 0;
-  double resident = 0;
-  statm >> all >> resident;
-  return resident * static_cast<double>(sysconf(_SC_PAGESIZE)) / (1024 * 1024);
-}
-
 /// Counts the scripts that go through.
 class CountingRunner final : public ScriptRunner {
  public:
@@ -215,11 +191,11 @@ void measureHidden() {
   widget.host.waitForTitle(embeddedTracks()[0].track.name);
   widget.extension.disappear();
   std::this_thread::sleep_for(milliseconds(500));
-  const long before = wakeUpsOfOtherThreads();
+  const double before = SystemFigures::sleeps(getpid(), gettid());
   const int scripts = widget.counting.count;
   std::this_thread::sleep_for(seconds(5));
-  std::printf("hidden for 5 s: %ld wake-ups, %d scripts; at most 0, 0\n",
-              wakeUpsOfOtherThreads() - before, widget.counting.count - scripts);
+  std::printf("hidden for 5 s: %.0f wake-ups, %d scripts; at most 0, 0\n",
+              SystemFigures::sleeps(getpid(), gettid()) - before, widget.counting.count - scripts);
 }
 
 void measureGrowth() {
@@ -237,10 +213,10 @@ void measureGrowth() {
     }
   };
   change(200);
-  const double before = residentMegabytes();
+  const double before = SystemFigures::residentMegabytes(getpid());
   change(1000);
   std::printf("growth over 1,000 track changes: %.2f MB; at most 1 MB\n",
-              residentMegabytes() - before);
+              SystemFigures::residentMegabytes(getpid()) - before);
 }
 
 EmbeddedTrack trackWithLyrics(std::size_t bytes) {
