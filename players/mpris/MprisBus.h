@@ -10,7 +10,10 @@
 
 namespace Corvella {
 
-/// The session bus, as far as players are concerned; the one place that knows the bus library.
+class BusConnections;
+class BusWatch;
+
+/// The session bus, as far as players are concerned.
 ///
 /// Calls block their callers for at most `kDeadline` and may come from several threads at once:
 /// each runs on a connection of its own, taken from a small store. A further connection, with a
@@ -47,11 +50,8 @@ class MprisBus {
   void probe(const std::string& owner);
 
  private:
-  class Connections;
-  class Watch;
-
-  std::unique_ptr<Connections> connections_;
-  std::unique_ptr<Watch> watch_;
+  std::unique_ptr<BusConnections> connections_;
+  std::unique_ptr<BusWatch> watch_;
 };
 
 }  // namespace Corvella

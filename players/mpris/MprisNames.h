@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string_view>
+
+/// The names of the MPRIS D-Bus Interface Specification 2.2 and of the bus itself.
+namespace Corvella::MprisNames {
+
+constexpr auto kPlayerPath = "/org/mpris/MediaPlayer2";
+constexpr auto kPlayerInterface = "org.mpris.MediaPlayer2.Player";
+constexpr auto kPropertiesInterface = "org.freedesktop.DBus.Properties";
+constexpr auto kBusName = "org.freedesktop.DBus";
+constexpr auto kBusPath = "/org/freedesktop/DBus";
+
+}  // namespace Corvella::MprisNames
