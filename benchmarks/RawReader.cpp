@@ -2,8 +2,6 @@
 
 #include <utility>
 
-#include "tests/support/BusClient.h"
-
 namespace Corvella {
 
 namespace {

@@ -104,13 +104,5 @@ TEST(ATrack, TakesItsTextsFromWhateverTypeAPlayerSends) {
             "Band");
 }
 
-TEST(ATrack, WithoutATitleIsCalledAfterItsFile) {
-  const PropertyValue url{Text("file:///music/A%20song%20%231.mp3")};
-  EXPECT_EQ(metadataOf({{"xesam:url", url}}).title, "A song #1.mp3");
-  EXPECT_EQ(metadataOf({{"xesam:title", {Text()}}, {"xesam:url", url}}).title, "A song #1.mp3");
-  EXPECT_EQ(metadataOf({{"mpris:trackid", {Text("/noplaylist")}}}).title, "");
-  EXPECT_EQ(readTrackMetadata(&url).title, "");
-}
-
 }  // namespace
 }  // namespace Corvella

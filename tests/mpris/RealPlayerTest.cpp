@@ -38,6 +38,9 @@ class ARealPlayerOnTheBus : public testing::Test {
   }
 
   const SongController& controller() const { return stack_->controller; }
+  bool mpvTells(const char* property, const std::string& value) const {
+    return eventually([&] { return mpv_->property(property).find(value) != value.npos; });
+  }
 
   TemporaryFolder folder_;
   PrivateBus bus_;
@@ -62,7 +65,7 @@ TEST_F(ARealPlayerOnTheBus, IsShownAsItsFileIsTagged) {
 TEST_F(ARealPlayerOnTheBus, ObeysAsAnotherProgramSees) {
   EXPECT_EQ(controller().playerState(), "paused");
   controller().playback(PlaybackRequest::Play);
-  EXPECT_TRUE(eventually([&] { return mpv_->status() == "Playing"; }));
+  EXPECT_TRUE(mpvTells("PlaybackStatus", "Playing"));
   EXPECT_EQ(controller().playerState(), "playing");
   EXPECT_TRUE(eventually([&] { return controller().playerPosition() > "0.0"; }));
 
@@ -73,10 +76,16 @@ TEST_F(ARealPlayerOnTheBus, ObeysAsAnotherProgramSees) {
   EXPECT_TRUE(eventually([&] { return controller().songInfo().album == "Dawn"; }));
 
   controller().setSoundVolume(35);
-  EXPECT_TRUE(eventually([&] { return mpv_->volume() == 0.35; }));
+  EXPECT_TRUE(mpvTells("Volume", "double 0.35"));
   EXPECT_EQ(controller().songInfo().volume, 35);
   controller().playback(PlaybackRequest::Pause);
-  EXPECT_TRUE(eventually([&] { return mpv_->status() == "Paused"; }));
+  EXPECT_TRUE(mpvTells("PlaybackStatus", "Paused"));
+}
+
+TEST_F(ARealPlayerOnTheBus, IsGoneWhenItIsKilled) {
+  EXPECT_TRUE(controller().running());
+  mpv_->kill();
+  EXPECT_TRUE(eventually([&] { return !controller().running(); }));
 }
 
 }  // namespace

@@ -1,50 +1,28 @@
 #include <fstream>
 #include <future>
-#include <iterator>
 #include <memory>
-#include <random>
 #include <string>
+#include <vector>
 
 #include <fileref.h>
 #include <gtest/gtest.h>
 #include <id3v2tag.h>
 #include <mpegfile.h>
 #include <popularimeterframe.h>
-#include <sys/stat.h>
 #include <tpropertymap.h>
-#include <zlib.h>
 
-#include "players/mpris/TrackFile.h"
 #include "players/mpris/TrackFileReader.h"
 #include "tests/support/Bytes.h"
 #include "tests/support/MediaFile.h"
-#include "tests/support/TemporaryFolder.h"
 
 namespace Corvella {
 namespace {
 
 using namespace std::chrono_literals;
-using namespace std::string_literals;
-
-std::string contentOf(const std::filesystem::path& path) {
-  std::ifstream stream(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(stream), {}};
-}
-
-std::string urlOf(const std::filesystem::path& path) {
-  return "file://" + path.string();
-}
 
 const MediaTags tagsWritten{.lyrics = "Größe ♫\n\n[Chorus]\nLa la",
                             .rating = "0.7",
                             .cover = pictureBytes(std::string(70'000, 'c'))};
-
-std::filesystem::path makeTrack(const TemporaryFolder& folder, const MediaTags& tags,
-                                const std::string& format = "mp3") {
-  auto path = folder.path() / ("track." + format);
-  makeAudio(path, tags);
-  return path;
-}
 
 class ATrack : public testing::TestWithParam<std::string> {
  protected:
@@ -112,20 +90,6 @@ TEST_P(ATrack, SaysItsLyricsUnderTheirOtherName) {
   EXPECT_EQ(reader_.tags(urlOf(path)).lyrics, GetParam() == "m4a" ? "" : "La la");
 }
 
-TEST_P(ATrack, ThatIsDamagedIsReadWithoutHarm) {
-  const std::string whole = contentOf(makeTrack(tagsWritten));
-  std::mt19937 random(7);  // The same damage in each run.
-  for (std::size_t round = 0; round < 60; ++round) {
-    std::string damaged = whole.substr(0, round < 20 ? whole.size() * round / 20 : whole.size());
-    for (std::size_t hits = 0; hits < round && round >= 20; ++hits) {
-      damaged[random() % (round % 2 == 0 ? 300 : damaged.size())] = static_cast<char>(random());
-    }
-    const auto url = urlOf(folder_.write("damaged", damaged));
-    reader_.tags(url);
-    reader_.picture(url);
-  }
-}
-
 struct RatingRow {
   std::string fraction;
   std::vector<int> popularities;
@@ -153,177 +117,6 @@ TEST(ARating, IsReadAsPercent) {
     file.save();
     EXPECT_EQ(TrackFileReader().tags(urlOf(path)).rating, rating);
   }
-}
-
-std::string bigEndian(std::size_t number, unsigned bits = 8) {
-  std::string bytes;
-  for (unsigned index = 4; index-- > 0;) {
-    bytes += static_cast<char>(number >> index * bits & ((1U << bits) - 1));
-  }
-  return bytes;
-}
-
-/// Chapter frames of ID3v2.3, each of which holds the next.
-std::string nestedChapters(int depth) {
-  std::string frames;
-  for (int level = 0; level < depth; ++level) {
-    const auto rest = static_cast<std::size_t>(depth - level) * 28 - 10;
-    frames += "CHAP" + bigEndian(rest) + "\0\0a\0"s + std::string(16, '\0');
-  }
-  return frames;
-}
-
-/// A chapter frame whose content is stored compressed and holds `frames`.
-std::string compressedChapter(const std::string& frames) {
-  const std::string content = "a\0"s + std::string(16, '\0') + frames;
-  std::vector<Bytef> packed(::compressBound(content.size()));
-  uLongf size = packed.size();
-  ::compress(packed.data(), &size, reinterpret_cast<const Bytef*>(content.data()), content.size());
-  return "CHAP" + bigEndian(4 + size) + "\0\x80"s + bigEndian(content.size()) +
-         std::string(packed.begin(), packed.begin() + static_cast<std::ptrdiff_t>(size));
-}
-
-std::string taggedSound(const std::string& frames) {
-  const std::string sound = "\xFF\xFB\x90\x00"s + std::string(413, '\0');
-  return "ID3\3\0\0"s + bigEndian(frames.size(), 7) + frames + sound + sound;
-}
-
-/// An MP4 file in which each box holds the next.
-std::string nestedBoxes(int depth) {
-  std::string boxes = bigEndian(16) + "ftypM4A \0\0\0\0"s;
-  for (int level = 0; level < depth; ++level) {
-    boxes += bigEndian(static_cast<std::size_t>(depth - level) * 8) + "moov";
-  }
-  return boxes;
-}
-
-TEST(ATrackWithAHugePicture, ShowsNone) {
-  const TemporaryFolder folder;
-  const auto path = makeTrack(folder, {"La", "", pictureBytes(std::string(33U << 20U, 'c'))});
-
-  EXPECT_EQ(textOf(TrackFileReader().picture(urlOf(path))), pictureBytes("artist"));
-  EXPECT_EQ(TrackFileReader().tags(urlOf(path)).lyrics, "La");
-}
-
-TEST(ATrackThatNestsWithoutEnd, DoesNotExhaustTheStack) {
-  const TemporaryFolder folder;
-  TrackFileReader reader;
-
-  for (const auto& content :
-       {taggedSound(nestedChapters(100'000)),
-        taggedSound(compressedChapter(nestedChapters(100'000))), nestedBoxes(200'000)}) {
-    const auto url = urlOf(folder.write("nested", content));
-    EXPECT_EQ(reader.tags(url).lyrics, "");
-    EXPECT_EQ(reader.picture(url), std::nullopt);
-  }
-}
-
-TEST(ATrackWithTheWordChapterInItsLyrics, StillShowsThem) {
-  const TemporaryFolder folder;
-  std::string lyrics;
-  for (int line = 0; line < 3000; ++line) lyrics += "CHAPTER NINE\nCTOC and more words\n";
-
-  const auto path = makeTrack(folder, {lyrics, "", ""});
-
-  EXPECT_EQ(TrackFileReader().tags(urlOf(path)).lyrics, lyrics);
-}
-
-class Lyrics : public testing::Test {
- protected:
-  std::string lyrics(const std::string& playersText = "player's") {
-    return reader_.lyrics(urlOf(folder_.path() / "a%20b.mp3"), playersText);
-  }
-  void writeTrack(const std::string& text) {
-    const auto path = makeTrack(folder_, {text, "", ""});
-    std::filesystem::rename(path, folder_.path() / "a b.mp3");
-  }
-
-  TemporaryFolder folder_;
-  TrackFileReader reader_;
-};
-
-TEST_F(Lyrics, ComeFromTheTrackThenFromBesideItThenFromThePlayer) {
-  EXPECT_EQ(lyrics("[00:01]player's"), "player's");
-
-  folder_.write("a b.txt", "text");
-  EXPECT_EQ(lyrics(), "text");
-
-  folder_.write("a b.lrc", "[00:01.00]timed\n");
-  EXPECT_EQ(lyrics(), "timed\n");
-
-  writeTrack("[00:01]track's");
-  EXPECT_EQ(lyrics(), "track's");
-}
-
-TEST_F(Lyrics, PassOverSourcesThatSayNothingOrTooMuch) {
-  writeTrack("");
-  folder_.write("a b.lrc", "[ar:A]\r\n[00:01.00]\r\n");
-  ASSERT_EQ(::mkfifo((folder_.path() / "a b.txt").c_str(), 0600), 0);
-
-  EXPECT_EQ(lyrics(), "player's");
-  EXPECT_EQ(lyrics(" \n"), "");
-
-  folder_.write("a b.lrc", std::string((1U << 20U) + 1, 'x'));
-  EXPECT_EQ(lyrics(), "player's");
-}
-
-TEST_F(Lyrics, OfNoFileAreThePlayers) {
-  for (const char* url : {"", "file:///dev/zero", "file:///", "http://a/b.mp3"}) {
-    EXPECT_EQ(reader_.lyrics(url, "player's"), "player's") << url;
-  }
-}
-
-class RememberedTags : public testing::Test {
- protected:
-  static std::shared_ptr<const TrackTags> tags(std::string lyrics) {
-    return std::make_shared<const TrackTags>(TrackTags{std::move(lyrics), std::nullopt});
-  }
-  std::string found(const std::string& path, const FileIdentity& identity) {
-    const auto known = recent_.find(path, identity);
-    return known ? known->lyrics : "nothing";
-  }
-
-  RecentTags recent_;
-  FileIdentity old_{1, 2, 3, 4, 5};
-};
-
-TEST_F(RememberedTags, AreForThatStateOfThatFileAlone) {
-  recent_.remember("/a", old_, tags("A"));
-  EXPECT_EQ(found("/a", old_), "A");
-
-  EXPECT_EQ(found("/b", old_), "nothing");
-  for (const auto& other :
-       {FileIdentity{9, 2, 3, 4, 5}, FileIdentity{1, 9, 3, 4, 5}, FileIdentity{1, 2, 9, 4, 5},
-        FileIdentity{1, 2, 3, 9, 5}, FileIdentity{1, 2, 3, 4, 9}}) {
-    EXPECT_EQ(found("/a", other), "nothing");
-  }
-}
-
-TEST_F(RememberedTags, AreForgottenForNewerOnesOfTheFileOrWhenManyFilesFollow) {
-  auto touched = old_;
-  touched.changed += 1;
-  recent_.remember("/a", old_, tags("A"));
-  recent_.remember("/a", touched, tags("A2"));
-  EXPECT_EQ(found("/a", old_), "nothing");
-
-  for (int file = 0; file < 20; ++file) {
-    recent_.remember("/" + std::to_string(file), old_, tags("B"));
-    EXPECT_EQ(found("/a", touched), "A2") << "asked for all the time";
-  }
-
-  EXPECT_EQ(found("/19", old_), "B");
-  EXPECT_EQ(found("/0", old_), "nothing");
-}
-
-TEST_F(RememberedTags, LeaveOutFilesInTheirWritingAndVeryLongLyrics) {
-  auto fresh = old_;
-  fresh.changed =
-      std::chrono::nanoseconds(std::chrono::system_clock::now().time_since_epoch()).count();
-  recent_.remember("/fresh", fresh, tags("A"));
-  recent_.remember("/long", old_, tags(std::string((1U << 20U) + 1, 'x')));
-
-  EXPECT_EQ(found("/fresh", fresh), "nothing");
-  EXPECT_EQ(found("/long", old_), "nothing");
 }
 
 /// How many bytes this thread has read from files so far.

@@ -13,6 +13,7 @@
 #include "platform/appkit/NSProgressIndicator.h"
 #include "platform/appkit/NSSlider.h"
 #include "platform/appkit/NSTextField.h"
+#include "platform/appkit/NSTextView.h"
 #include "tests/support/FixedFontFinder.h"
 #include "tests/support/FixedTextMeasurer.h"
 
@@ -96,6 +97,11 @@ TEST(AControlThatIsChanged, IsMarkedForDisplayByTheFirstChangeOnly) {
   expectMarkedByTheFirst<NSButton>("enabled", [](auto& button) { button.setEnabled(false); });
   expectMarkedByTheFirst<NSView>("frame", [](auto& v) { v.setFrame(NSMakeRect(1, 0, 0, 0)); });
   expectMarkedByTheFirst<NSImageView>("image", [&](auto& view) { view.setImage(picture); });
+  expectMarkedByTheFirst<NSTextView>("text", [](auto& view) { view.setString("♫"); });
+  expectMarkedByTheFirst<NSTextView>(
+      "font", [](auto& view) { view.setFont(NSFont::systemFontOfSize(15)); });
+  expectMarkedByTheFirst<NSTextView>("alignment",
+                                     [](auto& view) { view.setAlignment(NSTextAlignmentCenter); });
   expectMarkedByTheFirst<NSSlider>("value", [](auto& slider) { slider.setIntegerValue(1); });
   expectMarkedByTheFirst<NSSlider>("range", [](auto& slider) { slider.setMaxValue(100); });
   expectMarkedByTheFirst<NSProgressIndicator>("value", [](auto& b) { b.setDoubleValue(5); });

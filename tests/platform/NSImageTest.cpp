@@ -14,10 +14,4 @@ TEST(ImagesByName, AreNullWhereTheBundleHasNoSuchFile) {
   EXPECT_EQ(NSImage::imageNamed("covers", bundle, decoder), nullptr);  // a folder
 }
 
-TEST(ImagesFromBytes, AreNullWhereTheyDoNotDecode) {
-  const FakeImageDecoder decoder;
-  EXPECT_EQ(NSImage::initWithData({}, decoder), nullptr);
-  EXPECT_EQ(NSImage::initWithData(FakeImageDecoder::brokenPicture(), decoder), nullptr);
-}
-
 }  // namespace

@@ -68,19 +68,4 @@ TEST_F(ATextViewOfAnInterfaceFile, LaysOutOnlyWhenAskedAndBreaksItsLinesAtItsNew
   EXPECT_EQ(layOut(), FixedTextMeasurer::lineHeight);
 }
 
-TEST_F(ATextViewOfAnInterfaceFile, IsMarkedForDisplayByWhatChangesOnly) {
-  const auto marked = [&](auto change) {
-    view_.setNeedsDisplay(false);
-    change();
-    return view_.needsDisplay();
-  };
-  EXPECT_TRUE(marked([&] { view_.setString("la"); }));
-  EXPECT_FALSE(marked([&] { view_.setString("la"); }));
-  EXPECT_TRUE(marked([&] { view_.setAlignment(NSTextAlignmentCenter); }));
-  EXPECT_FALSE(marked([&] { view_.setAlignment(NSTextAlignmentCenter); }));
-  EXPECT_TRUE(marked([&] { view_.setFont(NSFont::systemFontOfSize(15)); }));
-  EXPECT_FALSE(marked([&] { view_.setFont(NSFont::systemFontOfSize(15)); }));
-  EXPECT_TRUE(marked([&] { view_.setFont(nullptr); }));
-}
-
 }  // namespace

@@ -123,17 +123,6 @@ TEST(AViewController, LoadsItsViewOnceWhenItIsFirstAskedForAndRefusesAFileWithou
   EXPECT_EQ(loader.loads, 2);
 }
 
-TEST(AViewController, TellsOutletsOfNoNameAndOfTheWrongClassApart) {
-  const FakeLoader loader;
-  NSViewController controller(loader);
-  const auto view = std::make_shared<NSView>();
-  EXPECT_EQ(controller.connectOutlet("vieuw", view), NSOutletConnection::UnknownName);
-  EXPECT_EQ(controller.connectOutlet("view", std::make_shared<NSObject>()),
-            NSOutletConnection::WrongType);
-  std::weak_ptr<NSButton> button;
-  EXPECT_EQ(NSConnectOutlet(button, view), NSOutletConnection::WrongType);
-}
-
 TEST(AViewController, TellsTheHostOfEachNewPreferredSizeOnce) {
   const FakeLoader loader;
   NSViewController controller(loader);

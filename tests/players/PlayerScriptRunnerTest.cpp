@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <set>
 #include <string>
 
@@ -42,18 +41,13 @@ class ARunner : public testing::Test {
   PlayerScriptRunner runner_{player_, shippedTargets()};
 };
 
-TEST_F(ARunner, AnswersQueriesWithDescriptorsOfTheirKind) {
-  EXPECT_EQ(text("running"), "true");
-  EXPECT_EQ(text("player position"), "63.5");
-  EXPECT_EQ(run("get sound volume").result->int32Value(), 35);
+TEST_F(ARunner, SpellsStatesOutAndLeavesTheLengthOfAStreamOpen) {
   for (const auto& [state, word] :
        {std::pair(PlayerState::Playing, "playing"), std::pair(PlayerState::Paused, "paused"),
         std::pair(PlayerState::Stopped, "stopped")}) {
     player_.state = state;
     EXPECT_EQ(text("get player state as string"), word);
   }
-  const auto artwork = run("tell artwork 1 of the current track to raw data").result;
-  EXPECT_TRUE(std::ranges::equal(artwork->data(), player_.artwork));
   player_.track.finish.reset();
   const auto stream =
       run("get (name, artist, album, lyrics, rating, finish) of current track").result;
@@ -64,9 +58,7 @@ TEST_F(ARunner, PassesCommandsOnWithinThePlayersScale) {
   for (const auto* command : {"play", "pause", "previous track", "next track"}) run(command);
   EXPECT_THAT(player_.requests, ElementsAre(PlaybackRequest::Play, PlaybackRequest::Pause,
                                             PlaybackRequest::Previous, PlaybackRequest::Next));
-  run("set rating of current track to 80");
   run("set sound volume to 101");
-  EXPECT_EQ(player_.track.rating, 80);
   EXPECT_EQ(player_.volume, 100);
   run("set rating of current track to -9000000000");
   EXPECT_EQ(player_.track.rating, 0);

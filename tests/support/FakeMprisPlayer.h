@@ -12,7 +12,7 @@
 #include <utility>
 #include <vector>
 
-#include "tests/support/BusClient.h"
+#include "tests/support/PrivateBus.h"
 
 namespace Corvella {
 

@@ -12,7 +12,6 @@ namespace Corvella {
 class FakeMusicPlayer final : public MusicPlayer {
  public:
   std::optional<PlayerFailure> failure;
-  bool isRunning = true;
   PlayerState state = PlayerState::Paused;
   std::chrono::microseconds position{63'500'000};
   int volume = 35;
@@ -20,7 +19,7 @@ class FakeMusicPlayer final : public MusicPlayer {
   std::vector<std::byte> artwork{std::byte(1), std::byte(0), std::byte(2)};
   std::vector<PlaybackRequest> requests;
 
-  bool running() override { return isRunning; }
+  bool running() override { return true; }
   PlayerAnswer<PlayerState> playerState() override { return orFailure(state); }
   PlayerAnswer<std::optional<std::chrono::microseconds>> playerPosition() override {
     return orFailure(std::optional(position));

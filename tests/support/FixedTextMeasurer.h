@@ -6,7 +6,7 @@
 
 #include "platform/appkit/NSTextMeasurer.h"
 
-/// Every character is 10 points wide and every line 12 points high, whatever the font. Lines break
+/// Every byte is 10 points wide and every line 12 points high, whatever the font. Lines break
 /// anywhere; an empty text is one line high.
 class FixedTextMeasurer final : public NSTextMeasurer {
  public:
@@ -20,7 +20,7 @@ class FixedTextMeasurer final : public NSTextMeasurer {
     std::size_t longest = 0;
     for (std::size_t start = 0; start <= text.size();) {
       const auto end = std::min(text.find('\n', start), text.size());
-      const auto characters = charactersOf(text.substr(start, end - start));
+      const auto characters = end - start;
       lines += std::max<std::size_t>(1, (characters + perLine - 1) / perLine);
       longest = std::max(longest, std::min(characters, perLine));
       start = end + 1;
@@ -33,12 +33,5 @@ class FixedTextMeasurer final : public NSTextMeasurer {
   int measurements() const { return measurements_; }
 
  private:
-  static std::size_t charactersOf(std::string_view utf8) {
-    const auto startsCharacter = [](char byte) {
-      return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U;
-    };
-    return static_cast<std::size_t>(std::count_if(utf8.begin(), utf8.end(), startsCharacter));
-  }
-
   mutable int measurements_ = 0;
 };

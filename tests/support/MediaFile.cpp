@@ -82,11 +82,14 @@ void replaceProperties(TagLib::File& file, const MediaTags& tags) {
 
 }  // namespace
 
-void makeAudio(const std::filesystem::path& path, const MediaTags& tags) {
+std::filesystem::path makeTrack(const TemporaryFolder& folder, const MediaTags& tags,
+                                const std::string& format) {
+  auto path = folder.path() / ("track." + format);
   Process ffmpeg({"ffmpeg", "-nostdin", "-v", "error", "-f", "lavfi", "-i", "sine=duration=0.5",
                   "-map_metadata", "-1", "-y", path.string()});
   if (ffmpeg.wait() != 0) throw std::runtime_error("ffmpeg: " + ffmpeg.errors());
   writeTags(path, tags);
+  return path;
 }
 
 void writeTags(const std::filesystem::path& path, const MediaTags& tags) {
@@ -99,6 +102,10 @@ void writeTags(const std::filesystem::path& path, const MediaTags& tags) {
 
 std::string pictureBytes(const std::string& note) {
   return "\x89PNG\r\n\x1A\n" + note;
+}
+
+std::string urlOf(const std::filesystem::path& path) {
+  return "file://" + path.string();
 }
 
 }  // namespace Corvella

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/TemporaryFolder.h"
+
 namespace Corvella {
 
 /// The extensions of all kinds of audio files that can be made here.
@@ -17,14 +19,18 @@ struct MediaTags {
   std::string cover;
 };
 
-/// Makes a short audio file of the kind that its extension names. Throws std::runtime_error with
-/// ffmpeg's own words when it fails.
-void makeAudio(const std::filesystem::path& path, const MediaTags& tags);
+/// Makes a short audio file "track.`format`" in a folder, and tells where it lies. Throws
+/// std::runtime_error with ffmpeg's own words when it fails.
+std::filesystem::path makeTrack(const TemporaryFolder& folder, const MediaTags& tags,
+                                const std::string& format = "mp3");
 
 /// Replaces the tags of an audio file. Throws std::runtime_error when they cannot be written.
 void writeTags(const std::filesystem::path& path, const MediaTags& tags);
 
 /// Bytes that start like a PNG file, with `note` behind.
 std::string pictureBytes(const std::string& note);
+
+/// Where players say that the file is.
+std::string urlOf(const std::filesystem::path& path);
 
 }  // namespace Corvella

@@ -1,7 +1,6 @@
 #include "tests/support/PrivateBus.h"
 
 #include <csignal>
-#include <cstdlib>
 #include <stdexcept>
 #include <system_error>
 
@@ -10,8 +9,6 @@
 namespace Corvella {
 
 namespace {
-
-constexpr auto kSessionBus = "DBUS_SESSION_BUS_ADDRESS";
 
 /// Stands in for --session, which would bring the machine's services.
 std::string configuration(const std::string& folder) {
@@ -58,19 +55,6 @@ void PrivateBus::addActivatableName(const std::string& name, const std::string& 
 void PrivateBus::stop() {
   daemon_->kill(SIGKILL);
   daemon_->wait();
-}
-
-ScopedSessionBus::ScopedSessionBus(const std::string& address) {
-  if (const char* before = ::getenv(kSessionBus)) before_ = before;
-  ::setenv(kSessionBus, address.c_str(), 1);
-}
-
-ScopedSessionBus::~ScopedSessionBus() {
-  if (before_) {
-    ::setenv(kSessionBus, before_->c_str(), 1);
-  } else {
-    ::unsetenv(kSessionBus);
-  }
 }
 
 }  // namespace Corvella

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdlib>
 #include <memory>
 #include <optional>
 #include <string>
@@ -18,6 +19,11 @@ struct BusConnectionEnd {
   void operator()(sd_bus* bus) const { sd_bus_flush_close_unref(bus); }
 };
 using BusConnection = std::unique_ptr<sd_bus, BusConnectionEnd>;
+
+struct BusMessageEnd {
+  void operator()(sd_bus_message* message) const { sd_bus_message_unref(message); }
+};
+using BusMessage = std::unique_ptr<sd_bus_message, BusMessageEnd>;
 
 /// A connection of its own to the bus at `address`. Throws std::system_error.
 BusConnection connectToBus(const std::string& address);
@@ -43,17 +49,16 @@ class PrivateBus {
   std::string address_;
 };
 
-/// Makes a bus the session bus of this process for as long as the object lives. Made and ended
-/// while no other thread runs.
+/// Makes a bus the session bus of this process for as long as the object lives; afterwards there is
+/// none. Made and ended while no other thread runs.
 class ScopedSessionBus {
  public:
-  explicit ScopedSessionBus(const std::string& address);
-  ~ScopedSessionBus();
+  explicit ScopedSessionBus(const std::string& address) {
+    ::setenv("DBUS_SESSION_BUS_ADDRESS", address.c_str(), 1);
+  }
+  ~ScopedSessionBus() { ::unsetenv("DBUS_SESSION_BUS_ADDRESS"); }
   ScopedSessionBus(const ScopedSessionBus&) = delete;
   ScopedSessionBus& operator=(const ScopedSessionBus&) = delete;
-
- private:
-  std::optional<std::string> before_;
 };
 
 }  // namespace Corvella

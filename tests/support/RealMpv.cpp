@@ -22,11 +22,21 @@ std::vector<std::string> commandFor(const RealMpv::Options& options) {
 }  // namespace
 
 RealMpv::RealMpv(const std::string& address, const Options& options)
-    : client_(address), process_(commandFor(options), {"DBUS_SESSION_BUS_ADDRESS=" + address}) {
+    : address_(address), process_(commandFor(options), {"DBUS_SESSION_BUS_ADDRESS=" + address}) {
   // The title and the url stand there before the file is open, the length does not.
-  const auto ready = [this] { return client_.hasMetadata(busName(), "mpris:length"); };
+  const auto ready = [this] {
+    return property("Metadata").find("mpris:length") != std::string::npos;
+  };
   eventually([&] { return ready() || !process_.running(); }, std::chrono::seconds{20});
   if (!ready()) throw std::runtime_error("no mpv: " + process_.errors());
+}
+
+std::string RealMpv::property(const std::string& name) const {
+  Process look({"dbus-send", "--bus=" + address_, "--print-reply=literal", "--dest=" + busName(),
+                "/org/mpris/MediaPlayer2", "org.freedesktop.DBus.Properties.Get",
+                "string:org.mpris.MediaPlayer2.Player", "string:" + name});
+  look.wait();
+  return look.output();
 }
 
 void RealMpv::kill() {

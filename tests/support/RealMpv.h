@@ -3,7 +3,6 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/BusClient.h"
 #include "tests/support/Process.h"
 
 namespace Corvella {
@@ -21,17 +20,17 @@ class RealMpv {
   RealMpv(const std::string& address, const Options& options);
 
   /// Its name on a bus without another mpv.
-  std::string busName() const { return "org.mpris.MediaPlayer2.mpv"; }
+  static std::string busName() { return "org.mpris.MediaPlayer2.mpv"; }
 
-  /// What another program sees.
-  std::string status() { return client_.text(busName(), "PlaybackStatus"); }
-  double volume() { return client_.number(busName(), "Volume"); }
+  /// What another program sees of a property of the Player interface, in the words of dbus-send:
+  /// "double 0.5". Empty when the player does not answer.
+  std::string property(const std::string& name) const;
 
   /// Ends the player as a crash would, and returns when it is gone.
   void kill();
 
  private:
-  BusClient client_;
+  std::string address_;
   Process process_;
 };
 

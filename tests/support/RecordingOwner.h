@@ -23,11 +23,8 @@ class RecordingOwner : public NSViewController {
                           : NSOutletConnection::Connected;
   }
 
-  NSOutletConnection connectAction(std::string_view selector, NSControl& control) override {
-    control.setAction([this, name = std::string(selector)](NSControl& sender) {
-      events.push_back(name);
-      lastSender = &sender;
-    });
+  NSOutletConnection connectAction(std::string_view, NSControl& control) override {
+    control.setAction([](NSControl&) {});
     return NSOutletConnection::Connected;
   }
 
@@ -42,5 +39,4 @@ class RecordingOwner : public NSViewController {
 
   std::map<std::string, std::shared_ptr<NSObject>, std::less<>> outlets;
   std::vector<std::string> events;
-  const NSControl* lastSender = nullptr;
 };

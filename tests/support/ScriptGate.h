@@ -1,7 +1,6 @@
 #pragma once
 
 #include <algorithm>
-#include <chrono>
 #include <condition_variable>
 #include <cstddef>
 #include <memory>
@@ -22,23 +21,12 @@ class ScriptGate final : public ScriptRunner {
   std::unique_ptr<NSAppleScript> initWithSource(std::string source) override {
     std::unique_lock lock(mutex_);
     scripts_.push_back(source);
-    changed_.notify_all();
     changed_.wait(lock, [this] { return open_; });
     return runner_.initWithSource(std::move(source));
   }
 
   void close() { setOpen(false); }
   void open() { setOpen(true); }
-
-  /// Waits for a script with that ending among those after the first `from`; false when none comes
-  /// in time.
-  bool waitForScript(const std::string& ending, std::ptrdiff_t from = 0) {
-    std::unique_lock lock(mutex_);
-    return changed_.wait_for(lock, std::chrono::seconds(20), [&] {
-      return std::any_of(scripts_.begin() + from, scripts_.end(),
-                         [&](const std::string& script) { return script.ends_with(ending); });
-    });
-  }
 
   /// All scripts that have come, oldest first.
   std::vector<std::string> scripts() {

@@ -103,23 +103,6 @@ TEST(TheProgressMaximum, FollowsTheFinishTextOrStays) {
   EXPECT_EQ(rig.progressBar->maxValue(), 0.0);
 }
 
-TEST(ARefreshWithoutATrack, ShowsTheNoSongRecord) {
-  WidgetRig rig;
-  rig.playerPlays("Song");
-  rig.refresh();
-  rig.scripts.fail(WidgetRig::kSong);
-  rig.scripts.fail(WidgetRig::kArtwork);
-  rig.scripts.answerText(WidgetRig::kState, "stopped");
-  rig.decoder.knowAnythingElseAs(512, 512);
-  rig.refresh();
-  EXPECT_EQ(rig.songTitle->stringValue(), "No Song Playing");
-  EXPECT_EQ(rig.songArtistAndAlbum->stringValue(), "Artist - Album");
-  EXPECT_EQ(rig.albumArtView->image()->width(), 512);
-  EXPECT_EQ(rig.toggleLyricsButton->title(), "No Lyrics");
-  EXPECT_EQ(rig.songRatingIndicator->integerValue(), 0);
-  EXPECT_EQ(rig.soundVolume->integerValue(), 35);
-}
-
 TEST(TheTimer, IsStartedOnceWhilePlayingAndReplacedByTheNextRefresh) {
   WidgetRig rig;
   rig.playerPlays("Song");

@@ -108,19 +108,5 @@ TEST_F(AFoldedPanel, ReadsAndWritesTheButtonThatWasClickedAndHoldsItMeanwhile) {
   EXPECT_EQ(rig_.toggleLyricsButton->title(), "No Lyrics");
 }
 
-TEST_F(AFoldedPanel, FollowsTheNextTrackOnceUnfolded) {
-  click();
-  rig_.settle();
-  rig_.playerPlays("Other", "only one line");
-  rig_.tickAfter(std::chrono::seconds(1));
-  rig_.settle();
-  EXPECT_EQ(rig_.lyricsView->string(), "only one line");
-  EXPECT_EQ(height(), 285.0 + FixedTextMeasurer::lineHeight);
-  rig_.playerPlays("Third", "");
-  rig_.tickAfter(std::chrono::seconds(1));
-  rig_.settle();
-  EXPECT_EQ(rig_.toggleLyricsButton->title(), "No Lyrics");
-}
-
 }  // namespace
 }  // namespace Corvella

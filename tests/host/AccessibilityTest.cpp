@@ -1,0 +1,83 @@
+#include <QAccessible>
+#include <QApplication>
+#include <QTest>
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+
+#include "host/PositionBar.h"
+#include "tests/support/TodayViewRig.h"
+
+namespace Corvella {
+namespace {
+
+class AnUnfoldedTodayView : public testing::Test {
+ protected:
+  AnUnfoldedTodayView() {
+    rig_.open();
+    EXPECT_NE(rig_.unfold(), nullptr);
+  }
+
+  TodayViewRig rig_;
+};
+
+TEST_F(AnUnfoldedTodayView, IsWalkedThroughByTabInReadingOrder) {
+  std::vector<std::string> names;
+  for (int i = 0; i < 8; ++i) {
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+    names.push_back(QApplication::focusWidget()->objectName().toStdString());
+  }
+  std::rotate(names.begin(), std::ranges::find(names, "songRatingIndicator"), names.end());
+  EXPECT_THAT(names, testing::ElementsAre("songRatingIndicator", "previousButton", "playButton",
+                                          "nextButton", "soundVolume", "toggleLyricsButton",
+                                          "lyricsView", "close"));
+}
+
+struct ControlRow {
+  const char* control;
+  QAccessible::Role role;
+  QString name;
+  QString value;
+};
+
+TEST_F(AnUnfoldedTodayView, TellsTheRoleTheNameAndTheValueOfEachControl) {
+  const std::vector<ControlRow> rows{
+      {"songTitle",
+       QAccessible::StaticText,
+       QString::fromStdString(embeddedTracks()[0].track.name),
+       {}},
+      {"playButton", QAccessible::Button, "Play or pause", {}},
+      {"toggleLyricsButton", QAccessible::Button, "Hide Lyrics", {}},
+      {"songRatingIndicator", QAccessible::Slider, "Rating", "4 of 5 stars"},
+      {"soundVolume", QAccessible::Slider, "Volume", "80"},
+      {"albumArtView", QAccessible::Graphic, "Album artwork", {}},
+      {"lyricsView", QAccessible::EditableText, "Lyrics", {}},
+  };
+  for (const auto& row : rows) {
+    auto* const accessible = QAccessible::queryAccessibleInterface(rig_.find(row.control));
+    ASSERT_NE(accessible, nullptr) << row.control;
+    EXPECT_EQ(accessible->role(), row.role) << row.control;
+    EXPECT_EQ(accessible->text(QAccessible::Name), row.name) << row.control;
+    if (!row.value.isEmpty()) {
+      EXPECT_EQ(accessible->text(QAccessible::Value), row.value) << row.control;
+    }
+  }
+  auto* const position = QAccessible::queryAccessibleInterface(rig_.find("progressBar"));
+  EXPECT_EQ(position->role(), QAccessible::ProgressBar);
+  EXPECT_GT(position->valueInterface()->maximumValue().toDouble(), 1);
+}
+
+TEST(ThePlayPosition, IsReadAsTime) {
+  PositionBar bar(nullptr);
+  bar.display({.minValue = 0, .maxValue = 3605, .value = 67});
+  EXPECT_EQ(bar.valueText(), "1:07 of 60:05");
+  bar.display({.minValue = 0, .maxValue = 60, .value = 61});
+  EXPECT_EQ(bar.valueText(), "1:00 of 1:00");
+  bar.display({});
+  EXPECT_EQ(bar.valueText(), "0:00 of 0:00");
+}
+
+}  // namespace
+}  // namespace Corvella
