@@ -173,7 +173,8 @@ void TodayWindow::paintEvent(QPaintEvent* /*event*/) {
 
 void TodayWindow::keyPressEvent(QKeyEvent* event) {
   if (panel_.actOnKey(*event)) return;
-  if (event->key() == Qt::Key_Escape) return hide();
+  // Held down, it does not hide a window that is opened meanwhile.
+  if (event->key() == Qt::Key_Escape && !event->isAutoRepeat()) return hide();
   scrollByKey(*event);
 }
 
