@@ -1,9 +1,9 @@
 #include "host/SnapshotImage.h"
 
 #include <QFile>
-#include <QImage>
 #include <QImageWriter>
 #include <QTimer>
+#include <algorithm>
 #include <chrono>
 #include <stdexcept>
 #include <utility>
@@ -61,14 +61,21 @@ bool SnapshotImage::hasUnfolded() {
   return button->title == "Hide Lyrics";
 }
 
-void SnapshotImage::write(const std::string& path, double scale) {
+QImage SnapshotImage::draw(double scale) {
   auto& window = view_.window();
-  QImage image((QSizeF(window.size()) * scale).toSize(), QImage::Format_ARGB32_Premultiplied);
+  const auto drawnScale = std::max(scale, 1.0);  // Qt takes less for 1.
+  QImage image((QSizeF(window.size()) * drawnScale).toSize(), QImage::Format_ARGB32_Premultiplied);
   if (image.isNull()) throw std::runtime_error("a picture of that size does not fit into memory");
-  image.setDevicePixelRatio(scale);
+  image.setDevicePixelRatio(drawnScale);
   image.fill(Qt::transparent);
   window.render(&image, {}, {}, QWidget::DrawChildren);
+  if (scale == drawnScale) return image;
+  return image.scaled((QSizeF(window.size()) * scale).toSize(), Qt::IgnoreAspectRatio,
+                      Qt::SmoothTransformation);
+}
 
+void SnapshotImage::write(const std::string& path, double scale) {
+  const auto image = draw(scale);
   QFile file(QString::fromStdString(path));
   if (!file.open(QIODevice::WriteOnly)) {
     throw std::runtime_error("cannot write " + path + ": " + file.errorString().toStdString());

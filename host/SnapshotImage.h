@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QEventLoop>
+#include <QImage>
 #include <QObject>
 #include <optional>
 #include <string>
@@ -32,6 +33,7 @@ class SnapshotImage final : public QObject {
   const WidgetDisplay& display() const { return display_; }
 
  private:
+  QImage draw(double scale);
   void look();
   bool isComplete();
   bool hasUnfolded();

@@ -14,6 +14,7 @@
 #include <sys/un.h>
 
 #include "host/SingleInstance.h"
+#include "host/Theme.h"
 #include "tests/support/Eventually.h"
 #include "tests/support/Process.h"
 #include "tests/support/RowName.h"
@@ -159,6 +160,11 @@ TEST_P(ASnapshot, IsDrawnWithoutADisplay) {
   const QImage image(QString::fromStdString(file.string()));
   EXPECT_EQ(image.width(), GetParam().size.width());
   EXPECT_GE(image.height(), GetParam().size.height());
+  // The last thing drawn is the panel below the card.
+  const auto scale = image.width() / 344.0;
+  const auto above = [&](int pixels) { return image.height() - qRound(pixels * scale); };
+  EXPECT_EQ(image.pixelColor(image.width() / 2, above(6)), theme::panel());
+  EXPECT_EQ(image.pixelColor(image.width() / 2, above(20)), theme::card());
 }
 
 INSTANTIATE_TEST_SUITE_P(Host, ASnapshot,
