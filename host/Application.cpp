@@ -25,14 +25,14 @@ void nameFont(const QString& sansSerif) {
 
 Application::Application(FontPreload& fonts)
     : fonts_(fonts), application_(count_, arguments_.data()) {
-  // Asks the session bus, which takes longer while fonts are listed.
-  static_cast<void>(QAccessible::isActive());
-  fonts.listFonts();
-  nameFont(fonts.sansSerif());
   QApplication::setApplicationName("corvella");
   QApplication::setDesktopFileName("corvella");
   QApplication::setQuitOnLastWindowClosed(false);
   QToolTip::setPalette(theme::toolTipPalette());
+  nameFont(fonts.sansSerif());
+  // Asks the session bus, which takes longer while fonts are listed.
+  static_cast<void>(QAccessible::isActive());
+  fonts.listFonts();
 }
 
 Application::~Application() {

@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QIcon>
+#include <QPixmap>
 #include <QString>
 #include <chrono>
 #include <stdexcept>
@@ -19,18 +20,19 @@ constexpr std::chrono::seconds kLastLookForTray{15};
 
 QIcon programIcon() {
   // In the build tree it lies among the resources; installed, in the icon theme.
+  if (QIcon::hasThemeIcon("corvella")) return QIcon::fromTheme("corvella");
   const auto unpacked = ProgramFolders::resources() / "corvella.png";
-  return QIcon::fromTheme("corvella", QIcon(QString::fromStdString(unpacked)));
+  return QPixmap(QString::fromStdString(unpacked), "png");
 }
 
 }  // namespace
 
 OnDesktop::OnDesktop(TodayView& view, WidgetBridge& bridge) : view_(view) {
-  QObject::connect(&bridge, &WidgetBridge::failed, [this](const QString& reason) {
+  QObject::connect(&bridge, &WidgetBridge::failed, &lookForTray_, [this](const QString& reason) {
     failure_ = reason.toStdString();
     QApplication::quit();
   });
-  QObject::connect(&view, &TodayView::closeRequested, [this] {
+  QObject::connect(&view, &TodayView::closeRequested, &lookForTray_, [this] {
     if (!tray_) QApplication::quit();
   });
   setUpAftermath();
@@ -54,11 +56,11 @@ void OnDesktop::setUpAftermath() {
   allIsShown_.setSingleShot(true);
   allIsShown_.setInterval(kUntilAllIsShown);
   QObject::connect(&allIsShown_, &QTimer::timeout, ResidentMemory::release);
-  QObject::connect(&view_, &TodayView::appeared, [this] {
+  QObject::connect(&view_, &TodayView::appeared, &lookForTray_, [this] {
     if (!tray_) lookForTray_.start(kUntilWindowStands);
     allIsShown_.start();
   });
-  QObject::connect(&view_, &TodayView::disappeared, [this] {
+  QObject::connect(&view_, &TodayView::disappeared, &lookForTray_, [this] {
     lookForTray_.stop();
     allIsShown_.stop();
     ResidentMemory::release();

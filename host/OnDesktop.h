@@ -29,7 +29,7 @@ class OnDesktop {
   TodayView& view_;
   std::optional<std::string> failure_;
   std::unique_ptr<Tray> tray_;
-  QTimer lookForTray_;
+  QTimer lookForTray_;  // With it end all connections to this object.
   QTimer allIsShown_;
 };
 

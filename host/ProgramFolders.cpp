@@ -3,7 +3,9 @@
 namespace Corvella::ProgramFolders {
 
 std::filesystem::path program() {
-  return std::filesystem::canonical("/proc/self/exe").parent_path();
+  // Asked once: the file may be replaced while the program runs.
+  static const auto folder = std::filesystem::canonical("/proc/self/exe").parent_path();
+  return folder;
 }
 
 std::filesystem::path resources() {

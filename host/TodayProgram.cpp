@@ -34,14 +34,14 @@ std::string unnamedSnapshot() {
   return (chosen + "/corvella-snapshot.png").toStdString();
 }
 
-int drawInsteadOfWindow(const CommandLine& commandLine, Composition& composition) {
+int drawInsteadOfWindow(Composition& composition) {
   std::cerr << "corvella: no display server can be reached\n";
   SnapshotImage image(composition.view(), composition.bridge());
-  image.open(commandLine.lyrics);
+  image.open(false);
   std::cout << displayText(image.display());
   const auto file = unnamedSnapshot();
   try {
-    image.write(file, commandLine.scale);
+    image.write(file, 1);
     std::cerr << "corvella: drew " << file << " instead\n";
   } catch (const std::runtime_error& error) {
     std::cerr << "corvella: " << error.what() << "\n";
@@ -118,7 +118,7 @@ int runTodayView(const CommandLine& commandLine) {
   if (!wantsNoDisplay && QGuiApplication::platformName() == kNoDisplay) {
     instance = nullptr;
     termination = nullptr;
-    return drawInsteadOfWindow(commandLine, composition);
+    return drawInsteadOfWindow(composition);
   }
   return runWindow(composition, *termination, instance.get());
 }
