@@ -192,7 +192,9 @@ void TodayWindow::mousePressEvent(QMouseEvent* event) {
 void TodayWindow::showEvent(QShowEvent* event) {
   QWidget::showEvent(event);
   setFocus();
-  if (event->spontaneous()) emit restored();
+  if (!event->spontaneous()) return;
+  showDate();
+  emit restored();
 }
 
 void TodayWindow::hideEvent(QHideEvent* event) {

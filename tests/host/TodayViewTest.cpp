@@ -76,7 +76,8 @@ TEST(ATodayView, AppearsOnceHoweverOftenItIsOpened) {
   rig.open();
   rig.view.open();
   EXPECT_EQ(appearances.count(), 1);
-  rig.view.hide();
+  rig.window.setWindowState(Qt::WindowMinimized);
+  EXPECT_TRUE(TodayViewRig::waitFor([&] { return disappearances.count() == 1; }));
   rig.view.hide();
   EXPECT_EQ(disappearances.count(), 1);
 }
