@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <optional>
 #include <stdexcept>
 #include <string>
 
@@ -13,18 +14,20 @@ std::filesystem::path folderOf(pid_t program) {
   return "/proc/" + std::to_string(program);
 }
 
-/// The number behind a word of a file.
-double numberAfter(const std::filesystem::path& file, const std::string& word) {
+/// The number behind a word of a file; absent when there is none.
+std::optional<double> numberAfter(const std::filesystem::path& file, const std::string& word) {
   std::ifstream lines(file);
   for (std::string read; lines >> read;) {
     double number = 0;
     if (read == word && lines >> number) return number;
   }
-  throw std::runtime_error(file.string() + " has no " + word);
+  return std::nullopt;
 }
 
 double megabytes(pid_t program, const std::string& kind) {
-  return numberAfter(folderOf(program) / "smaps_rollup", kind) / 1024;
+  const auto kilobytes = numberAfter(folderOf(program) / "smaps_rollup", kind);
+  if (!kilobytes) throw std::runtime_error("a program that was measured has ended");
+  return *kilobytes / 1024;
 }
 
 }  // namespace
@@ -51,7 +54,7 @@ double sleeps(pid_t program, pid_t except) {
   double sum = 0;
   for (const auto& thread : std::filesystem::directory_iterator(folderOf(program) / "task")) {
     if (thread.path().filename() == std::to_string(except)) continue;
-    sum += numberAfter(thread.path() / "status", "voluntary_ctxt_switches:");
+    sum += numberAfter(thread.path() / "status", "voluntary_ctxt_switches:").value_or(0);
   }
   return sum;
 }

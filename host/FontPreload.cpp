@@ -1,26 +1,21 @@
 #include "host/FontPreload.h"
 
 #include <QFontDatabase>
-#include <memory>
 #include <utility>
 
-#include <fontconfig/fontconfig.h>
+#include "host/Fontconfig.h"
 
 namespace Corvella {
 
 namespace {
 
-struct Destroyer {
-  void operator()(FcPattern* pattern) const { FcPatternDestroy(pattern); }
-};
-using Pattern = std::unique_ptr<FcPattern, Destroyer>;
-
 QString findSansSerif() {
-  const Pattern wanted(FcPatternBuild(nullptr, FC_FAMILY, FcTypeString, "sans-serif", nullptr));
+  const Fontconfig::Pattern wanted(
+      FcPatternBuild(nullptr, FC_FAMILY, FcTypeString, "sans-serif", nullptr));
   FcConfigSubstitute(nullptr, wanted.get(), FcMatchPattern);
   FcDefaultSubstitute(wanted.get());
   auto result = FcResultNoMatch;
-  const Pattern found(FcFontMatch(nullptr, wanted.get(), &result));
+  const Fontconfig::Pattern found(FcFontMatch(nullptr, wanted.get(), &result));
   FcChar8* family = nullptr;
   if (!found || FcPatternGetString(found.get(), FC_FAMILY, 0, &family) != FcResultMatch) return {};
   return QString::fromUtf8(reinterpret_cast<const char*>(family));

@@ -8,7 +8,8 @@ namespace Corvella {
 
 /// Gets the system's fonts ready on a thread of its own while the program starts: their
 /// configuration while Qt reaches for the display server, and the list that Qt makes of them while
-/// the window is made. The first text would have to wait for both.
+/// the window is made. The first text would have to wait for both. One thread, but for what says
+/// otherwise.
 class FontPreload {
  public:
   /// Begins to read the configuration.

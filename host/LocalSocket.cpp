@@ -31,10 +31,9 @@ class Address {
     return address;
   }
 
-  // NOLINTBEGIN(cppcoreguidelines-pro-type-reinterpret-cast): how sockets tell kinds of address.
+  // How sockets tell kinds of address.
   const sockaddr* get() const { return reinterpret_cast<const sockaddr*>(&address_); }
   sockaddr* get() { return reinterpret_cast<sockaddr*>(&address_); }
-  // NOLINTEND(cppcoreguidelines-pro-type-reinterpret-cast)
   socklen_t length() const { return length_; }
 
   /// For the kernel to write to, `length()` afterwards.

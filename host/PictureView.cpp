@@ -12,7 +12,7 @@ constexpr double kCornerRadius = 6;
 /// The picture's own pixels, not copied.
 QImage imageOf(const NSImage& picture) {
   const auto& bitmap = picture.bitmap();
-  // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): Qt's pixels are bytes.
+  // Qt's pixels are bytes.
   return {reinterpret_cast<const uchar*>(bitmap.pixels.data()), bitmap.pixelsWide,
           bitmap.pixelsHigh, 4 * static_cast<qsizetype>(bitmap.pixelsWide),
           QImage::Format_ARGB32_Premultiplied};

@@ -12,7 +12,7 @@ const PlayerModule& loadPlayerModule(const std::filesystem::path& path) {
   auto* const entry = library != nullptr ? ::dlsym(library, PlayerModule::kEntryName) : nullptr;
   // NOLINTNEXTLINE(concurrency-mt-unsafe): the C library keeps one message for each thread.
   if (entry == nullptr) throw std::runtime_error(::dlerror());
-  // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): what POSIX defines for dlsym.
+  // What POSIX defines for dlsym.
   return *reinterpret_cast<PlayerModule::Entry*>(entry)();
 }
 

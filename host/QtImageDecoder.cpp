@@ -60,7 +60,7 @@ QByteArray formatOf(std::string_view file) {
 }  // namespace
 
 std::optional<NSDecodedImage> QtImageDecoder::decode(std::span<const std::byte> bytes) const {
-  // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): Qt's bytes are chars.
+  // Qt's bytes are chars.
   const auto* const chars = reinterpret_cast<const char*>(bytes.data());
   const std::string_view file(chars, bytes.size());
   if (isCutJpeg(file) || isCutBmp(file)) return std::nullopt;

@@ -89,8 +89,8 @@ void BusWatch::run() {
 
 void BusWatch::turn() {
   // A flood of signals must keep neither probes nor the end waiting.
-  constexpr int mostMessages = 100;
-  for (int i = 0; i < mostMessages && connection_->processPendingRequest(); ++i) {
+  constexpr int kMostMessages = 100;
+  for (int i = 0; i < kMostMessages && connection_->processPendingRequest(); ++i) {
     finishedCalls_.clear();
   }
   finishedCalls_.clear();

@@ -11,7 +11,7 @@ namespace {
 /// Whether the library has the function.
 template <typename Function>
 bool find(void* library, const char* name, Function*& function) {
-  // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): what POSIX defines for dlsym.
+  // What POSIX defines for dlsym.
   function = reinterpret_cast<Function*>(::dlsym(library, name));
   return function != nullptr;
 }

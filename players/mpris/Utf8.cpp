@@ -119,7 +119,7 @@ std::string_view withoutByteOrderMark(std::string_view text) {
 }
 
 std::string textOfFile(std::span<const std::byte> bytes) {
-  // NOLINTNEXTLINE(cppcoreguidelines-pro-type-reinterpret-cast): any bytes may be read as chars.
+  // Any bytes may be read as chars.
   const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
   if (text.starts_with("\xFF\xFE")) return textOfUtf16(bytes.subspan(2), true);
   if (text.starts_with("\xFE\xFF")) return textOfUtf16(bytes.subspan(2), false);
