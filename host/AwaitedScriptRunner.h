@@ -5,7 +5,6 @@
 #include <memory>
 #include <mutex>
 #include <string>
-#include <utility>
 
 #include "scripting/ScriptRunner.h"
 
@@ -20,19 +19,16 @@ class AwaitedScriptRunner final : public ScriptRunner {
   using Make = std::function<std::unique_ptr<ScriptRunner>()>;
   using Failed = std::function<void(const std::string& reason)>;
 
-  /// Starts at once. `make` may throw a `std::exception`; there are no scripts then.
-  explicit AwaitedScriptRunner(Make make);
-
-  /// When `make` has failed, the first script calls `failed` with the reason, on its own thread. To
-  /// be set before that.
-  void setFailed(Failed failed) { failed_ = std::move(failed); }
+  /// Starts at once. `make` may throw a `std::exception`; there are no scripts then, and the first
+  /// one that is asked for calls `failed` with the reason, on the thread that asks.
+  AwaitedScriptRunner(Make make, Failed failed);
 
   std::unique_ptr<NSAppleScript> initWithSource(std::string source) override;
 
  private:
   // Its end waits until the runner is made.
   const std::shared_future<std::unique_ptr<ScriptRunner>> runner_;
-  Failed failed_;
+  const Failed failed_;
   std::once_flag told_;
 };
 

@@ -22,10 +22,10 @@ class Composition {
 
  private:
   const ProgramServices services_;
+  WidgetBridge bridge_;
   AwaitedScriptRunner runner_;
   FontPreload fonts_;
   Application application_;
-  WidgetBridge bridge_;
   TodayView view_;
 };
 

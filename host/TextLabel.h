@@ -14,6 +14,7 @@ class TextLabel final : public QLabel {
   explicit TextLabel(QWidget* parent);
 
   void display(const TextFieldContent& content);
+  /// The same for a text that is not the widget's.
   void display(const QString& text, const QFont& font, const QColor& color,
                NSTextAlignment alignment = NSTextAlignmentLeft);
 
