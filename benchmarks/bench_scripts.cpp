@@ -42,7 +42,7 @@ void run() {
   printRatio(
       "tick over MPRIS / three raw reads",
       measureRatio([&] { runTickScripts(mpris.controller); }, [&] { raw.readTick(); }, 20, 20, 300),
-      1.2);
+      1.05);
 
   const SteadyClock clock;
   const NSBundle bundle(CORVELLA_RESOURCES);

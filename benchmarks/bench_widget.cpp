@@ -16,13 +16,15 @@
 #include "benchmarks/Ratio.h"
 #include "benchmarks/RawReader.h"
 #include "benchmarks/SystemFigures.h"
-#include "host/ExtensionThread.h"
-#include "host/FontconfigFinder.h"
-#include "host/QtImageDecoder.h"
-#include "host/QtTextMeasurer.h"
-#include "host/WidgetClasses.h"
-#include "host/WidgetDisplay.h"
+#include "controls/LyricsTextView.h"
+#include "controls/SongRatingLevelIndicatorCell.h"
+#include "extension/ExtensionThread.h"
+#include "extension/WidgetDisplay.h"
+#include "host/services/FontconfigFinder.h"
+#include "host/services/QtImageDecoder.h"
+#include "host/services/QtTextMeasurer.h"
 #include "platform/appkit/NSNibLoader.h"
+#include "platform/foundation/NSClassRegistry.h"
 #include "players/embedded/EmbeddedPlayer.h"
 #include "tests/support/FakeImageDecoder.h"
 #include "tests/support/FixedFontFinder.h"
@@ -46,7 +48,9 @@ class SteppedWidget {
  public:
   explicit SteppedWidget(MusicPlayer& player) : runner_(player, shippedTargets()) {
     decoder_.knowAnythingElseAs(512, 512);
-    registerWidgetClasses(classes_);
+    classes_.registerClass("Corvella.SongRatingLevelIndicatorCell",
+                           NSClass::decoded<SongRatingLevelIndicatorCell>());
+    classes_.registerClass("Corvella.LyricsTextView", NSClass::decoded<LyricsTextView>());
     classes_.registerClass("Corvella.TodayViewController",
                            NSClass::initialised<TodayViewController>(nullptr));
     controller_->view();
@@ -120,7 +124,6 @@ class Host final : public WidgetHost {
     display_.apply(std::move(snapshot));
     changed_.notify_all();
   }
-  void updateReported(NCUpdateResult /*result*/) override {}
   void startFailed(const std::string& reason) override {
     std::fprintf(stderr, "%s\n", reason.c_str());
   }
@@ -177,11 +180,11 @@ struct WholeWidget {
   CountingRunner counting{runner};
   Host host;
   ExtensionThread extension{{.clock = clock,
-                             .scriptRunner = counting,
                              .bundle = bundle,
                              .imageDecoder = decoder,
                              .fontFinder = fonts,
                              .textMeasurer = measurer},
+                            counting,
                             host};
 };
 

@@ -1,17 +1,19 @@
 // Corvella as it is, under a watch that tells when it has shown the first track. Arguments: those
-// of PaintWatch, and the player. While its event loop is watched, its volume key is pressed now and
-// then.
+// of PaintWatch, the player, and what to do while the event loop is watched: "volume" has the
+// volume key pressed now and then, "lyrics" has the lyrics unfolded, paged through and folded.
 
 #include <QApplication>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QTimer>
 #include <chrono>
+#include <cstddef>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "benchmarks/PaintWatch.h"
-#include "host/TodayProgram.h"
+#include "host/program/TodayCommand.h"
 
 namespace {
 
@@ -19,6 +21,15 @@ using namespace std::chrono_literals;
 
 std::string start;
 int stallSeconds = 0;
+std::vector<int> keys;
+
+std::vector<int> keysFor(const std::string& work) {
+  if (work == "volume") return {Qt::Key_Up};
+  constexpr std::size_t kPages = 9;
+  std::vector<int> all(1 + kPages, Qt::Key_PageDown);
+  all.front() = Qt::Key_L;
+  return all;
+}
 
 bool isATrack(QObject& painted) {
   const auto* const label = qobject_cast<QLabel*>(&painted);
@@ -26,10 +37,13 @@ bool isATrack(QObject& painted) {
          label->text() != "No Song Playing";
 }
 
-void pressVolumeUp() {
+/// Presses the next key, round and round.
+void pressNext() {
+  static std::size_t next = 0;
+  const auto key = keys[next++ % keys.size()];
   for (auto* const window : QApplication::topLevelWidgets()) {
     if (!window->isVisible()) continue;
-    QKeyEvent press(QEvent::KeyPress, Qt::Key_Up, Qt::NoModifier);
+    QKeyEvent press(QEvent::KeyPress, key, Qt::NoModifier);
     QApplication::sendEvent(window, &press);
   }
 }
@@ -42,7 +56,7 @@ void watch() {
   paintWatch = std::make_unique<Corvella::PaintWatch>(start, stallSeconds, isATrack);
   if (stallSeconds == 0) return;
   presses = std::make_unique<QTimer>();
-  QObject::connect(presses.get(), &QTimer::timeout, pressVolumeUp);
+  QObject::connect(presses.get(), &QTimer::timeout, pressNext);
   presses->start(100ms);
 }
 Q_COREAPP_STARTUP_FUNCTION(watch)
@@ -50,8 +64,9 @@ Q_COREAPP_STARTUP_FUNCTION(watch)
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc != 4) return 2;
+  if (argc != 5) return 2;
   start = argv[1];
   stallSeconds = std::stoi(argv[2]);
-  return Corvella::runTodayView({.player = argv[3]});
+  keys = keysFor(argv[4]);
+  return Corvella::runTodayCommand({.player = argv[3]});
 }

@@ -18,6 +18,11 @@ function(corvella_target_options TARGET)
     -Woverloaded-virtual -Wold-style-cast -Wcast-qual -Wformat=2 -Wimplicit-fallthrough
     # GCC 12 sees overlaps in std::string that are not there (GCC bug 105651).
     $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
+  if(CORVELLA_ASSERTIONS)
+    # Not the stricter _GLIBCXX_DEBUG: it gives containers another layout, and those in the interfaces
+    # of GoogleTest and TagLib have the ordinary one.
+    target_compile_definitions(${TARGET} PRIVATE _GLIBCXX_ASSERTIONS)
+  endif()
   if(CORVELLA_SANITIZE)
     target_compile_options(${TARGET} PRIVATE -fsanitize=${CORVELLA_SANITIZE}
                            -fno-sanitize-recover=all -fno-omit-frame-pointer)

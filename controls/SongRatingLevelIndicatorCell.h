@@ -32,7 +32,7 @@ class SongRatingLevelIndicatorCell : public NSLevelIndicatorCell {
   /// Leaves the cell highlighted, also when `highlighted` is false.
   void setHighlighted(bool highlighted) override;
 
-  /// For `initWithLevelIndicatorStyle` alone.
+  /// Called by `initWithLevelIndicatorStyle`, which initialises the cell afterwards.
   explicit SongRatingLevelIndicatorCell(Allocated allocated);
 };
 

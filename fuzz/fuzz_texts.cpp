@@ -8,12 +8,12 @@
 #include <string_view>
 
 #include "fuzz/Check.h"
+#include "platform/base/Utf8.h"
 #include "platform/foundation/NSString.h"
-#include "players/mpris/DataUrl.h"
-#include "players/mpris/FileUrl.h"
-#include "players/mpris/LyricsText.h"
-#include "players/mpris/UrlText.h"
-#include "players/mpris/Utf8.h"
+#include "players/mpris/artwork/DataUrl.h"
+#include "players/mpris/track/FileUrl.h"
+#include "players/mpris/track/TimedLyrics.h"
+#include "players/mpris/track/UrlText.h"
 
 namespace Corvella {
 namespace {

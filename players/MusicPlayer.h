@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "players/PlayerAnswer.h"
+#include "players/PlayerDescription.h"
 #include "scripting/PlaybackRequest.h"
 
 namespace Corvella {
@@ -24,10 +25,12 @@ struct Track {
   std::optional<std::chrono::microseconds> finish;  ///< Where the track ends; more than zero.
 };
 
-/// A player's scripting dictionary: what scripts can ask of it.
+/// A player: its scripting dictionary, which is what scripts can ask of it, and what a host wants
+/// to know of it besides.
 ///
-/// Any thread, and calls may overlap. Each call reads the player at that moment, blocks no longer
-/// than the player's own deadline and raises nothing.
+/// Any thread, and calls may overlap. Each call of the dictionary reads the player at that moment,
+/// blocks no longer than the player's own deadline, artwork from the web no longer
+/// than three seconds more, and raises nothing.
 class MusicPlayer {
  public:
   virtual ~MusicPlayer() = default;
@@ -44,12 +47,19 @@ class MusicPlayer {
 
   virtual PlayerAnswer<Track> currentTrack() = 0;
   virtual PlayerAnswer<std::string> lyricsOfCurrentTrack() = 0;
-  /// The bytes of a picture file, of whatever kind.
+  /// The bytes of a picture file, of whatever kind; none when the track has no artwork.
   virtual PlayerAnswer<std::vector<std::byte>> artworkOfCurrentTrack() = 0;
   /// `rating` is 0..100.
   virtual PlayerAnswer<Done> setRatingOfCurrentTrack(int rating) = 0;
 
   virtual PlayerAnswer<Done> perform(PlaybackRequest request) = 0;
+
+  /// The current player as it is known; asks nobody and does not block.
+  virtual PlayerDescription description() = 0;
+  /// All players that there are to choose from, likewise.
+  virtual std::vector<PlayerDescription> players() { return {description()}; }
+  /// Has the current player bring up its window, where it can; does not wait for it.
+  virtual void raise() {}
 };
 
 }  // namespace Corvella

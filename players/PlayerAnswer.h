@@ -9,7 +9,7 @@ namespace Corvella {
 /// Why a player did not do what it was asked.
 enum class PlayerFailure : std::uint8_t {
   NotRunning,     ///< There is no player.
-  NoSuchObject,   ///< No current track, or the track has no artwork.
+  NoSuchObject,   ///< No current track.
   NotUnderstood,  ///< This player cannot do that.
   TimedOut,       ///< The player did not answer in time.
 };

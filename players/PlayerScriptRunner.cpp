@@ -50,6 +50,10 @@ NSAppleScriptExecution failed(PlayerFailure failure) {
   return {};
 }
 
+NSAppleScriptExecution notPermitted(std::string application) {
+  return failed(kNotPermitted, "Not authorized to send Apple events.", std::move(application));
+}
+
 NSAppleScriptExecution answered(Descriptor result) {
   return {.result = std::move(result), .error = std::nullopt};
 }
@@ -59,10 +63,6 @@ template <typename Value, typename Conversion>
 NSAppleScriptExecution answered(PlayerAnswer<Value> answer, Conversion toDescriptor) {
   if (!answer) return failed(answer.failure());
   return answered(toDescriptor(*std::move(answer)));
-}
-
-Descriptor nothing(Done /*unused*/) {
-  return Descriptor::nullDescriptor();
 }
 
 Descriptor stateDescriptor(PlayerState state) {
@@ -81,6 +81,11 @@ Descriptor secondsDescriptor(std::optional<std::chrono::microseconds> seconds) {
   return seconds ? Descriptor::descriptorWithReal(*seconds) : Descriptor::nullDescriptor();
 }
 
+/// A track whose end is not known ends at 0, so that no end of an earlier track stays in force.
+Descriptor finishDescriptor(std::optional<std::chrono::microseconds> finish) {
+  return finish ? Descriptor::descriptorWithReal(*finish) : Descriptor::descriptorWithInt32(0);
+}
+
 Descriptor songInfoDescriptor(Track track) {
   std::vector<Descriptor> items;
   items.reserve(6);
@@ -89,7 +94,7 @@ Descriptor songInfoDescriptor(Track track) {
   items.push_back(Descriptor::descriptorWithString(std::move(track.album)));
   items.push_back(Descriptor::descriptorWithString(std::move(track.lyrics)));
   items.push_back(Descriptor::descriptorWithInt32(track.rating));
-  items.push_back(secondsDescriptor(track.finish));
+  items.push_back(finishDescriptor(track.finish));
   return Descriptor::listDescriptor(std::move(items));
 }
 
@@ -112,8 +117,10 @@ class PlayerScript final : public NSAppleScript {
 
 }  // namespace
 
-PlayerScriptRunner::PlayerScriptRunner(MusicPlayer& player, const ScriptingTargets& targets)
+PlayerScriptRunner::PlayerScriptRunner(MusicPlayer& player, const ScriptingTargets& targets,
+                                       PlayerNewsListener* listener)
     : player_(player),
+      listener_(listener),
       mayAddress_(targets.grants(kPlayerIdentifier)),
       mayControlPlayback_(targets.grants(kPlayerIdentifier, kPlaybackGroup)),
       mayUseLibrary_(targets.grants(kPlayerIdentifier, kLibraryGroup)) {}
@@ -125,23 +132,27 @@ std::unique_ptr<NSAppleScript> PlayerScriptRunner::initWithSource(std::string so
 NSAppleScriptExecution PlayerScriptRunner::run(std::string_view source) {
   auto parsed = parseScript(source);
   if (auto* error = std::get_if<ScriptTextError>(&parsed)) {
-    const bool syntax = error->kind == ScriptTextError::Kind::Syntax;
-    return failed(syntax ? kSyntaxError : kNotUnderstood, std::move(error->message),
-                  std::move(error->application));
+    if (error->kind == ScriptTextError::Kind::Syntax) {
+      return failed(kSyntaxError, std::move(error->message), std::move(error->application));
+    }
+    // What an application understands is told only to those who may address it.
+    if (!mayAddress(error->application)) return notPermitted(std::move(error->application));
+    return failed(kNotUnderstood, std::move(error->message), std::move(error->application));
   }
   auto& command = std::get<ScriptCommand>(parsed);
-  if (!isGranted(command)) {
-    return failed(kNotPermitted, "Not authorized to send Apple events.",
-                  std::move(command.application));
-  }
+  if (!isGranted(command)) return notPermitted(std::move(command.application));
   return answer(command);
 }
 
+bool PlayerScriptRunner::mayAddress(std::string_view application) const {
+  return application == kPlayerName && mayAddress_;
+}
+
 bool PlayerScriptRunner::isGranted(const ScriptCommand& command) const {
-  if (command.application != kPlayerName) return false;
+  if (!mayAddress(command.application)) return false;
   switch (command.verb) {
     case ScriptVerb::Running:
-      return mayAddress_;
+      return true;
     case ScriptVerb::GetSongInfo:
     case ScriptVerb::GetArtwork:
     case ScriptVerb::GetLyrics:
@@ -175,24 +186,31 @@ NSAppleScriptExecution PlayerScriptRunner::answer(const ScriptCommand& command) 
       return answered(player_.lyricsOfCurrentTrack(), Descriptor::descriptorWithString);
     case ScriptVerb::GetPlayerPosition:
       return answered(player_.playerPosition(), secondsDescriptor);
-    case ScriptVerb::GetRating:  // No track is named, and the player itself has no rating.
+    case ScriptVerb::GetRating:  // The script names no track, and a player itself has no rating.
       return failed(player_.running() ? PlayerFailure::NoSuchObject : PlayerFailure::NotRunning);
     case ScriptVerb::GetSoundVolume:
       return answered(player_.soundVolume(), Descriptor::descriptorWithInt32);
     case ScriptVerb::SetRating:
-      return answered(player_.setRatingOfCurrentTrack(percent(command.number)), nothing);
+      return obeyed(player_.setRatingOfCurrentTrack(percent(command.number)));
     case ScriptVerb::SetSoundVolume:
-      return answered(player_.setSoundVolume(percent(command.number)), nothing);
+      return obeyed(player_.setSoundVolume(percent(command.number)));
     case ScriptVerb::Play:
-      return answered(player_.perform(PlaybackRequest::Play), nothing);
+      return obeyed(player_.perform(PlaybackRequest::Play));
     case ScriptVerb::Pause:
-      return answered(player_.perform(PlaybackRequest::Pause), nothing);
+      return obeyed(player_.perform(PlaybackRequest::Pause));
     case ScriptVerb::PreviousTrack:
-      return answered(player_.perform(PlaybackRequest::Previous), nothing);
+      return obeyed(player_.perform(PlaybackRequest::Previous));
     case ScriptVerb::NextTrack:
-      return answered(player_.perform(PlaybackRequest::Next), nothing);
+      return obeyed(player_.perform(PlaybackRequest::Next));
   }
   return {};
+}
+
+NSAppleScriptExecution PlayerScriptRunner::obeyed(PlayerAnswer<Done> answer) {
+  if (listener_ != nullptr) {
+    listener_->playerNews(answer ? PlayerNews::Commanded : PlayerNews::Refused);
+  }
+  return answered(answer, [](Done) { return Descriptor::nullDescriptor(); });
 }
 
 }  // namespace Corvella

@@ -6,6 +6,7 @@
 #include <optional>
 #include <system_error>
 
+#include "players/AsciiText.h"
 #include "players/ScriptTokens.h"
 
 namespace Corvella {
@@ -37,15 +38,6 @@ constexpr std::array kPhrases{
     Phrase{"previous track", ScriptVerb::PreviousTrack},
     Phrase{"next track", ScriptVerb::NextTrack},
 };
-
-char lowered(char c) {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
-bool sameText(std::string_view left, std::string_view right) {
-  return std::equal(left.begin(), left.end(), right.begin(), right.end(),
-                    [](char a, char b) { return lowered(a) == lowered(b); });
-}
 
 bool sameToken(const ScriptToken& left, const ScriptToken& right) {
   return left.kind == right.kind && sameText(left.text, right.text);
@@ -103,8 +95,8 @@ Match match(const Phrase& phrase, std::string_view command, std::int64_t& number
 
 std::variant<ScriptCommand, ScriptTextError> parseCommand(std::string application,
                                                           std::string_view command) {
-  const auto syntax = ScriptTextError::Kind::Syntax;
-  if (!isWellFormed(command)) return ScriptTextError{syntax, "Unreadable command.", application};
+  constexpr auto kSyntax = ScriptTextError::Kind::Syntax;
+  if (!isWellFormed(command)) return ScriptTextError{kSyntax, "Unreadable command.", application};
 
   std::string problem;
   for (const auto& phrase : kPhrases) {
@@ -123,7 +115,7 @@ std::variant<ScriptCommand, ScriptTextError> parseCommand(std::string applicatio
         break;
     }
   }
-  if (!problem.empty()) return ScriptTextError{syntax, problem, std::move(application)};
+  if (!problem.empty()) return ScriptTextError{kSyntax, problem, std::move(application)};
   return ScriptTextError{ScriptTextError::Kind::UnknownCommand, "The command is not understood.",
                          std::move(application)};
 }
@@ -131,19 +123,19 @@ std::variant<ScriptCommand, ScriptTextError> parseCommand(std::string applicatio
 }  // namespace
 
 std::variant<ScriptCommand, ScriptTextError> parseScript(std::string_view source) {
-  constexpr auto syntax = ScriptTextError::Kind::Syntax;
+  constexpr auto kSyntax = ScriptTextError::Kind::Syntax;
   ScriptTokens tokens(source);
   const auto word = [&tokens](std::string_view expected) {
     return sameToken(tokens.next(), {Kind::Word, expected});
   };
 
-  if (!word("tell") || !word("app")) return ScriptTextError{syntax, "Expected \"tell app\".", {}};
+  if (!word("tell") || !word("app")) return ScriptTextError{kSyntax, "Expected \"tell app\".", {}};
   const auto name = tokens.next();
   if (name.kind != Kind::String) {
-    return ScriptTextError{syntax, "Expected the application's name.", {}};
+    return ScriptTextError{kSyntax, "Expected the application's name.", {}};
   }
   std::string application = unescaped(name.text);
-  if (!word("to")) return ScriptTextError{syntax, "Expected \"to\".", std::move(application)};
+  if (!word("to")) return ScriptTextError{kSyntax, "Expected \"to\".", std::move(application)};
   return parseCommand(std::move(application), tokens.rest());
 }
 

@@ -41,8 +41,8 @@ struct ScriptTextError {
 };
 
 /// Reads `tell app "NAME" to COMMAND`. Words are told apart by blanks and compared without regard
-/// to the case of ASCII letters. Never reads beyond `source`; the time it takes grows with its
-/// length.
+/// to the case of ASCII letters. Never reads beyond `source`, and takes
+/// time in proportion to its length.
 std::variant<ScriptCommand, ScriptTextError> parseScript(std::string_view source);
 
 }  // namespace Corvella

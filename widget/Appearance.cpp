@@ -6,7 +6,6 @@ namespace Corvella {
 
 void TodayViewController::viewWillAppear() {
   services_.mainQueue.assertCurrent();
-  hidden_ = false;
   if (const auto field = songTitle()) field->setStringValue("No Song Playing");
   if (const auto field = songArtistAndAlbum()) field->setStringValue("N/A - N/A");
   const auto placeholder =
@@ -30,7 +29,7 @@ void TodayViewController::viewWillAppear() {
 
 void TodayViewController::viewWillDisappear() {
   services_.mainQueue.assertCurrent();
-  hidden_ = true;
+  ++disappearances_;
   stopTimerLater();
 }
 

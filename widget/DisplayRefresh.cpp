@@ -24,14 +24,19 @@ bool areMissing(const std::string& lyrics) {
 
 void TodayViewController::updateSongInfo() {
   services_.mainQueue.assertCurrent();
-  dispatch_async(services_.globalQueue, [self = strongSelf()]() mutable {
-    auto song = self->songController->songInfo();
-    auto artwork = self->songController->songArtwork();
-    auto& mainQueue = self->services_.mainQueue;
-    // Handed on, not shared: the controller must not end on this queue.
-    dispatch_async(mainQueue, [self = std::move(self), song = std::move(song),
-                               artwork = std::move(artwork)] { self->showSong(song, artwork); });
-  });
+  dispatch_async(services_.globalQueue,
+                 [self = strongSelf(), disappearances = disappearances_]() mutable {
+                   auto song = self->songController->songInfo();
+                   auto artwork = self->songController->songArtwork();
+                   auto& mainQueue = self->services_.mainQueue;
+                   // Moved and not copied: the last reference would otherwise be dropped here, and
+                   // the controller would be destroyed on the global queue.
+                   dispatch_async(mainQueue, [self = std::move(self), song = std::move(song),
+                                              artwork = std::move(artwork), disappearances] {
+                     self->showSong(song, artwork);
+                     self->startTimerWhilePlaying(disappearances);
+                   });
+                 });
 }
 
 void TodayViewController::showSong(const SongInfo& song,
@@ -49,7 +54,6 @@ void TodayViewController::showSong(const SongInfo& song,
   if (const auto slider = soundVolume()) slider->setIntegerValue(song.volume);
   const auto bar = progressBar();
   if (bar && song.finish) bar->setMaxValue(NSString::doubleValue(*song.finish));
-  startTimerWhilePlaying();
 }
 
 void TodayViewController::showLyricsToggle(const std::string& lyrics) const {
@@ -74,9 +78,13 @@ void TodayViewController::showRating(std::int32_t ratings) {
   }
 }
 
-void TodayViewController::startTimerWhilePlaying() {
+/// A refresh that began before the widget was hidden must not start a timer that nobody would stop.
+/// A refresh that begins while the widget is hidden was asked for on purpose,
+/// and starts the timer as usual.
+void TodayViewController::startTimerWhilePlaying(std::uint64_t disappearancesAtStart) {
   const auto state = songController->playerState();
-  if (!state || !NSString::isEqualToString(*state, "playing") || hidden_) return;
+  if (!state || !NSString::isEqualToString(*state, "playing")) return;
+  if (disappearances_ != disappearancesAtStart) return;
   if (timer) timer->invalidate();
   timer = NSTimer::scheduledTimerWithTimeInterval(
       services_.mainRunLoop, std::chrono::seconds(1),

@@ -13,15 +13,16 @@ void TodayViewController::seeMoreClicked(NSButton& sender) {
     resizeToHeight(INITIAL_HEIGHT);
     sender.setTitle("Show Lyrics");
   } else {
-    auto button = std::static_pointer_cast<NSButton>(sender.shared_from_this());
+    auto button = std::static_pointer_cast<NSButton>(sender.weak_from_this().lock());
     dispatch_async(services_.globalQueue, [self = strongSelf(), button = std::move(button),
                                            baseHeight = INITIAL_HEIGHT]() mutable {
       auto lyrics = self->songController->songLyrics();
       auto& mainQueue = self->services_.mainQueue;
-      // Handed on, not shared: neither may end on this queue.
+      // Moved and not copied: the last references would otherwise be dropped here, and the
+      // controller or the button would be destroyed on the global queue.
       dispatch_async(mainQueue, [self = std::move(self), button = std::move(button), baseHeight,
                                  lyrics = std::move(lyrics)] {
-        self->showArrivedLyrics(lyrics, *button, baseHeight);
+        self->showArrivedLyrics(lyrics, button.get(), baseHeight);
       });
     });
   }
@@ -29,11 +30,11 @@ void TodayViewController::seeMoreClicked(NSButton& sender) {
 }
 
 /// Does not look at `expanded`: the user may have folded the panel in the meantime.
-void TodayViewController::showArrivedLyrics(const std::string& lyrics, NSButton& sender,
+void TodayViewController::showArrivedLyrics(const std::string& lyrics, NSButton* sender,
                                             double baseHeight) {
   services_.mainQueue.assertCurrent();
   if (lyricsView_) lyricsView_->setString(lyrics);
-  sender.setTitle("Hide Lyrics");
+  if (sender != nullptr) sender->setTitle("Hide Lyrics");
   resizeToHeight(unfoldedHeight(baseHeight));
 }
 

@@ -1,3 +1,7 @@
+#include <algorithm>
+#include <cstdint>
+#include <limits>
+
 #include "platform/foundation/NSString.h"
 #include "widget/TodayViewController.h"
 
@@ -37,7 +41,8 @@ void TodayViewController::playButtonClicked(NSButton& /*sender*/) {
 
 void TodayViewController::updateRating(NSLevelIndicator& sender) {
   services_.mainQueue.assertCurrent();
-  songController->setSongRating(sender.integerValue() * RATING_SCALE);
+  const auto most = std::numeric_limits<std::int64_t>::max() / RATING_SCALE;
+  songController->setSongRating(std::clamp(sender.integerValue(), -most, most) * RATING_SCALE);
   if (const auto cell = songRatingCell()) cell->setHighlighted(true);
 }
 

@@ -39,8 +39,8 @@ void TodayViewController::awakeFromNib() {
   expanded = false;
 }
 
-NSOutletConnection TodayViewController::connectOutlet(std::string_view name,
-                                                      const std::shared_ptr<NSObject>& object) {
+bool TodayViewController::connectOutlet(std::string_view name,
+                                        const std::shared_ptr<NSObject>& object) {
   if (name == "albumArtView") return NSConnectOutlet(albumArtView_, object);
   if (name == "songTitle") return NSConnectOutlet(songTitle_, object);
   if (name == "songArtistAndAlbum") return NSConnectOutlet(songArtistAndAlbum_, object);
@@ -54,8 +54,7 @@ NSOutletConnection TodayViewController::connectOutlet(std::string_view name,
   return NSViewController::connectOutlet(name, object);
 }
 
-NSOutletConnection TodayViewController::connectAction(std::string_view selector,
-                                                      NSControl& control) {
+bool TodayViewController::connectAction(std::string_view selector, NSControl& control) {
   using Self = TodayViewController;
   if (selector == "seeMoreClicked:") return connect(control, &Self::seeMoreClicked);
   if (selector == "previousButtonClicked:") return connect(control, &Self::previousButtonClicked);
@@ -68,13 +67,13 @@ NSOutletConnection TodayViewController::connectAction(std::string_view selector,
 
 /// Has the control call the method with itself; the control does not hold its target.
 template <typename Sender>
-NSOutletConnection TodayViewController::connect(NSControl& control,
-                                                void (TodayViewController::*method)(Sender&)) {
-  if (dynamic_cast<Sender*>(&control) == nullptr) return NSOutletConnection::WrongType;
+bool TodayViewController::connect(NSControl& control,
+                                  void (TodayViewController::*method)(Sender&)) {
+  if (dynamic_cast<Sender*>(&control) == nullptr) return false;
   control.setAction([target = std::weak_ptr(strongSelf()), method](NSControl& sender) {
     if (const auto self = target.lock()) (self.get()->*method)(static_cast<Sender&>(sender));
   });
-  return NSOutletConnection::Connected;
+  return true;
 }
 
 std::shared_ptr<TodayViewController> TodayViewController::strongSelf() {

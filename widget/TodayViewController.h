@@ -32,6 +32,15 @@ namespace Corvella {
 /// Owned by the host through a `std::shared_ptr`; every block that it enqueues and the progress
 /// timer hold it, too. Every operation lives on the main queue. An outlet that is absent skips the
 /// step that needs it. Nothing is reported but through the controls and the host's callback.
+///
+/// The class lives in six source files, one for each subject:
+/// - TodayViewController.cpp: how it is made, its outlets and actions, and how the timer is
+/// stopped;
+/// - Appearance.cpp: what the host calls when the widget is shown, hidden or asked for an update;
+/// - DisplayRefresh.cpp: how the current track is fetched and shown, and how the timer is started;
+/// - ProgressTick.cpp: what happens at each tick of the timer;
+/// - PlaybackControls.cpp: the buttons for playing and changing the track, the rating, the volume;
+/// - LyricsPanel.cpp: how the lyrics unfold and fold, and the height that the widget prefers.
 class TodayViewController final : public NSViewController, public NCWidgetProviding {
  public:
   using Services = TodayViewServices;
@@ -90,19 +99,22 @@ class TodayViewController final : public NSViewController, public NCWidgetProvid
   void viewWillDisappear() override;
 
   /// Fetches the current track in the background and shows it later; starts the progress timer when
-  /// the player plays by then. Refreshes are not serialised.
+  /// the player plays by then, unless the widget was hidden meanwhile. Refreshes are not
+  /// serialised.
   void updateSongInfo();
 
   /// One tick of the progress timer: moves the bar, and starts a refresh when the title on screen
   /// is no longer the player's. Blocks for three scripts.
   void updateProgress(NSTimer* timer);
 
-  /// Unfolds or folds the lyrics.
+  /// Unfolds or folds the lyrics. Reads and writes the title of the sender, and holds it until the
+  /// lyrics have arrived; a sender that no `std::shared_ptr` holds keeps its title then.
   void seeMoreClicked(NSButton& sender);
   void previousButtonClicked(NSButton& sender);
   void playButtonClicked(NSButton& sender);
   void nextButtonClicked(NSButton& sender);
-  /// Sends the sender's stars to the player.
+  /// Sends the sender's stars to the player, in the player's points; the product stays within 64
+  /// bits.
   void updateRating(NSLevelIndicator& sender);
   /// Sends the sender's value to the player.
   void updateSoundVolume(NSSlider& sender);
@@ -113,12 +125,11 @@ class TodayViewController final : public NSViewController, public NCWidgetProvid
   /// Keeps the callback until another one comes, and calls it at once.
   void widgetPerformUpdateWithCompletionHandler(CompletionHandler completionHandler) override;
 
-  NSOutletConnection connectOutlet(std::string_view name,
-                                   const std::shared_ptr<NSObject>& object) override;
-  NSOutletConnection connectAction(std::string_view selector, NSControl& control) override;
+  bool connectOutlet(std::string_view name, const std::shared_ptr<NSObject>& object) override;
+  bool connectAction(std::string_view selector, NSControl& control) override;
 
  private:
-  friend class TodayViewControllerInspector;  // For tests.
+  friend struct TodayViewControllerInspector;  // Tests look at the state through it.
 
   void resizeToHeight(double height);
   double unfoldedHeight(double baseHeight) const;
@@ -126,8 +137,8 @@ class TodayViewController final : public NSViewController, public NCWidgetProvid
   void showLyricsToggle(const std::string& lyrics) const;
   void showLyricsPanel(const std::string& lyrics);
   void showRating(std::int32_t ratings);
-  void startTimerWhilePlaying();
-  void showArrivedLyrics(const std::string& lyrics, NSButton& sender, double baseHeight);
+  void startTimerWhilePlaying(std::uint64_t disappearancesAtStart);
+  void showArrivedLyrics(const std::string& lyrics, NSButton* sender, double baseHeight);
   void changeTrack(PlaybackRequest request);
   void showPlayButtonForState();
   void setPlayButtonTitle(const std::string& title) const;
@@ -136,7 +147,7 @@ class TodayViewController final : public NSViewController, public NCWidgetProvid
   void report(NCUpdateResult result);
   std::shared_ptr<TodayViewController> strongSelf();
   template <typename Sender>
-  NSOutletConnection connect(NSControl& control, void (TodayViewController::*method)(Sender&));
+  bool connect(NSControl& control, void (TodayViewController::*method)(Sender&));
 
   std::weak_ptr<NSImageView> albumArtView_;
   std::weak_ptr<NSTextField> songTitle_;
@@ -159,7 +170,7 @@ class TodayViewController final : public NSViewController, public NCWidgetProvid
   std::shared_ptr<NSTimer> timer;
 
   const Services services_;
-  bool hidden_ = false;  ///< Since the last disappearance; a hidden widget gets no timer.
+  std::uint64_t disappearances_ = 0;  ///< How often the widget has been hidden.
 };
 
 }  // namespace Corvella

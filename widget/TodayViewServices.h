@@ -15,7 +15,7 @@ struct TodayViewServices {
   const NSInterfaceLoader& interfaceLoader;
   RunLoop& mainRunLoop;  ///< Where the progress timer is scheduled.
   DispatchQueue& mainQueue;
-  DispatchQueue& globalQueue;  ///< Concurrent.
+  DispatchQueue& globalQueue;  ///< Runs several blocks at the same time.
   ScriptRunner& scriptRunner;
   const NSBundle& bundle;
   const NSImageDecoder& imageDecoder;

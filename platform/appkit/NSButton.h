@@ -14,7 +14,7 @@ class NSButton : public NSControl {
   /// Reads the value "title" and the child "font" from the control's cell.
   explicit NSButton(const NSCoder& coder);
 
-  /// UTF-8.
+  /// The text on the button, in UTF-8.
   const std::string& title() const { return title_; }
   void setTitle(std::string title) { store(title_, std::move(title)); }
 

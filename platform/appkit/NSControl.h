@@ -14,7 +14,8 @@ class NSControl : public NSView {
   explicit NSControl(NSRect frame = {});
   explicit NSControl(const NSCoder& coder);
 
-  /// The action must not hold its target, which owns the control. Null for none.
+  /// The action must not hold its target, which owns the control. A null action takes
+  /// the earlier one away.
   void setAction(Action action) { action_ = std::move(action); }
   /// Runs the action, whatever the control's state; gives whether there is one. The action may
   /// replace the control's action.

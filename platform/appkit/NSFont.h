@@ -25,12 +25,12 @@ class NSFont {
   /// "size" (13 where there is none). Null where there is no child or no such font is installed.
   static std::shared_ptr<const NSFont> decodeForKey(const NSCoder& coder, std::string_view key);
 
-  /// For the operations above alone.
+  /// Called by the operations above, which alone can make a `Made`.
   NSFont(Made, std::string familyName, double pointSize, bool bold);
 
   /// The family's name; empty for the system's own font.
   const std::string& familyName() const { return familyName_; }
-  /// Above zero.
+  /// The size in points, which is above zero.
   double pointSize() const { return pointSize_; }
   bool isBold() const { return bold_; }
 

@@ -7,6 +7,7 @@ class NSFontFinder {
  public:
   virtual ~NSFontFinder() = default;
 
-  /// Whether a font of exactly this family name is installed. Main queue.
+  /// Whether a font of exactly this family name is installed. To be called on the main
+  /// queue.
   virtual bool hasFamily(std::string_view family) const = 0;
 };

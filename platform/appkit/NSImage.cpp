@@ -8,7 +8,6 @@ std::shared_ptr<const NSImage> NSImage::initWithData(std::span<const std::byte> 
   if (!picture) return nullptr;
   auto image = std::make_shared<NSImage>();
   image->picture_ = *std::move(picture);
-  image->encodedSize_ = bytes.size();
   return image;
 }
 

@@ -26,12 +26,9 @@ class NSImage {
   /// Pixels of the picture as it was stored.
   int width() const { return picture_.width; }
   int height() const { return picture_.height; }
-  /// Bytes of the file that the picture came from.
-  std::size_t encodedSize() const { return encodedSize_; }
   /// The pixels to draw; the bitmap may be smaller than the picture.
   const NSBitmapImageRep& bitmap() const { return picture_.bitmap; }
 
  private:
   NSDecodedImage picture_;
-  std::size_t encodedSize_ = 0;
 };

@@ -12,7 +12,7 @@ class NSImageView : public NSControl {
   explicit NSImageView(NSRect frame = {});
   explicit NSImageView(const NSCoder& coder);
 
-  /// Null for none.
+  /// Null where there is no picture.
   const std::shared_ptr<const NSImage>& image() const { return image_; }
   void setImage(std::shared_ptr<const NSImage> image) { store(image_, std::move(image)); }
 

@@ -16,7 +16,7 @@ class NSLayoutManager {
   /// The measurer must outlive the layout manager.
   explicit NSLayoutManager(const NSTextMeasurer& measurer);
 
-  /// Null for no text at all.
+  /// `storage` is null where there is no text at all.
   void setTextStorage(std::shared_ptr<const NSTextStorage> storage);
 
   /// Brings the layout of the whole text up to date.

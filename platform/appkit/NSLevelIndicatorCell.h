@@ -24,7 +24,7 @@ enum NSFocusRingType : unsigned {
 /// when something of the cell changes. Lives on the main queue.
 class NSLevelIndicatorCell : public NSObject {
  protected:
-  /// Asks for a cell that `initialiseWithStyle` is to initialise.
+  /// Marks the constructor whose cell `initialiseWithStyle` still has to initialise.
   struct Allocated {
     explicit Allocated() = default;
   };

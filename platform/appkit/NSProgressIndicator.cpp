@@ -9,10 +9,6 @@ NSProgressIndicator::NSProgressIndicator(const NSCoder& coder)
       range_(coder.decodeDoubleForKey("minValue"), coder.decodeDoubleForKey("maxValue", 100)),
       value_(coder.decodeDoubleForKey("doubleValue")) {}
 
-void NSProgressIndicator::setMinValue(double minValue) {
-  if (range_.setMinValue(minValue)) setNeedsDisplay(true);
-}
-
 void NSProgressIndicator::setMaxValue(double maxValue) {
   if (range_.setMaxValue(maxValue)) setNeedsDisplay(true);
 }

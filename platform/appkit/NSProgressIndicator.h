@@ -13,7 +13,6 @@ class NSProgressIndicator : public NSView {
   double minValue() const { return range_.minValue(); }
   double maxValue() const { return range_.maxValue(); }
   /// NaN changes nothing.
-  void setMinValue(double minValue);
   void setMaxValue(double maxValue);
 
   /// The value as it was set, also when it lies outside of the range: the range may follow later.

@@ -9,12 +9,5 @@ enum NSTextAlignment : unsigned {
   NSTextAlignmentCenter = 2,
 };
 
-/// What happens to a line that is wider than its view.
-enum NSLineBreakMode : unsigned {
-  NSLineBreakByWordWrapping = 0,
-  NSLineBreakByClipping = 2,
-  NSLineBreakByTruncatingTail = 4,
-};
-
 /// Reads "left", "right" or "center" from the value "alignment"; left where there is none.
 NSTextAlignment NSDecodeTextAlignment(const NSCoder& coder);

@@ -7,10 +7,4 @@ NSTextField::NSTextField(const NSCoder& coder)
       stringValue_(coder.cell().decodeStringForKey("title")),
       textColor_(NSColor::decodeForKey(coder.cell(), "textColor", NSColor::labelColor())),
       font_(NSFont::decodeForKey(coder.cell(), "font")),
-      alignment_(NSDecodeTextAlignment(coder.cell())),
-      lineBreakMode_(
-          coder.cell().decodeCaseForKey("lineBreakMode",
-                                        {{"wordWrapping", NSLineBreakByWordWrapping},
-                                         {"clipping", NSLineBreakByClipping},
-                                         {"truncatingTail", NSLineBreakByTruncatingTail}},
-                                        NSLineBreakByWordWrapping)) {}
+      alignment_(NSDecodeTextAlignment(coder.cell())) {}

@@ -13,11 +13,11 @@
 class NSTextField : public NSControl {
  public:
   explicit NSTextField(NSRect frame = {});
-  /// Reads the child "font" and the child "textColor" and the values "title", "alignment" and
-  /// "lineBreakMode" from the control's cell.
+  /// Reads the children "font" and "textColor" and the values "title" and "alignment" from the
+  /// control's cell.
   explicit NSTextField(const NSCoder& coder);
 
-  /// UTF-8.
+  /// The text, in UTF-8.
   const std::string& stringValue() const { return stringValue_; }
   void setStringValue(std::string text) { store(stringValue_, std::move(text)); }
 
@@ -25,12 +25,10 @@ class NSTextField : public NSControl {
   /// Null for the platform's default font.
   const std::shared_ptr<const NSFont>& font() const { return font_; }
   NSTextAlignment alignment() const { return alignment_; }
-  NSLineBreakMode lineBreakMode() const { return lineBreakMode_; }
 
  private:
   std::string stringValue_;
   NSColor textColor_ = NSColor::labelColor();
   std::shared_ptr<const NSFont> font_;
   NSTextAlignment alignment_ = NSTextAlignmentLeft;
-  NSLineBreakMode lineBreakMode_ = NSLineBreakByTruncatingTail;
 };

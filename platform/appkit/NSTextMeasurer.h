@@ -13,6 +13,7 @@ class NSTextMeasurer {
   virtual ~NSTextMeasurer() = default;
 
   /// The size in points of the UTF-8 `text`, whole, its lines broken between words at `width`
-  /// points and at its own line ends. Null for the font of texts that have none. Main queue.
+  /// points and at its own line ends. `font` is null for texts that have none. To be
+  /// called on the main queue.
   virtual NSSize measure(std::string_view text, const NSFont* font, double width) const = 0;
 };

@@ -10,7 +10,7 @@
 /// queue.
 class NSTextStorage {
  public:
-  /// UTF-8.
+  /// The text, in UTF-8.
   const std::string& string() const { return string_; }
   /// Null for the platform's default font.
   const std::shared_ptr<const NSFont>& font() const { return font_; }
@@ -19,7 +19,7 @@ class NSTextStorage {
   bool setString(std::string string);
   bool setFont(std::shared_ptr<const NSFont> font);
 
-  /// Grows with every difference.
+  /// Grows whenever the text or its font is replaced by a different one.
   std::uint64_t revision() const { return revision_; }
 
  private:

@@ -34,10 +34,6 @@ void NSTextView::setLayoutManager(std::shared_ptr<NSLayoutManager> layoutManager
   layoutManager_ = std::move(layoutManager);
 }
 
-void NSTextView::setTextContainer(std::shared_ptr<NSTextContainer> container) {
-  textContainer_ = std::move(container);
-}
-
 void NSTextView::frameSizeDidChange() {
   if (textContainer_ && textContainer_->widthTracksTextView()) {
     textContainer_->setWidth(frame().size.width);

@@ -14,16 +14,16 @@
 /// Shows a text of many lines. Lives on the main queue.
 class NSTextView : public NSView {
  public:
-  /// Neither a container nor a layout manager.
+  /// Makes a view with neither a container nor a layout manager.
   NSTextView();
   /// `container` may be null; there is no layout manager until one is set.
   NSTextView(NSRect frame, std::shared_ptr<NSTextContainer> container);
-  /// With a container that is as wide as the view and follows it, and with a layout manager that
-  /// measures by the coder's measurer. Reads the value "alignment" and the children "font" and
-  /// "textColor".
+  /// Makes a view with a container that is as wide as the view and follows it, and with a layout
+  /// manager that measures by the coder's measurer. Reads the value "alignment" and the children
+  /// "font" and "textColor".
   explicit NSTextView(const NSCoder& coder);
 
-  /// UTF-8.
+  /// The text, in UTF-8.
   const std::string& string() const { return storage_->string(); }
   /// Replaces the text. It is laid out when that is asked for; `didChangeText` is not called, as
   /// the change is the program's and not the user's.
@@ -48,7 +48,6 @@ class NSTextView : public NSView {
 
   /// Null where there is none.
   const std::shared_ptr<NSTextContainer>& textContainer() const { return textContainer_; }
-  void setTextContainer(std::shared_ptr<NSTextContainer> container);
 
  protected:
   void frameSizeDidChange() override;

@@ -9,8 +9,13 @@ namespace {
 NSRect decodeFrame(const NSCoder& coder) {
   const NSCoder* const frame = coder.childForKey("frame");
   if (!frame) return {};
-  return NSMakeRect(frame->decodeDoubleForKey("x"), frame->decodeDoubleForKey("y"),
-                    frame->decodeDoubleForKey("width"), frame->decodeDoubleForKey("height"));
+  const auto extent = [frame](std::string_view key) {
+    const double value = frame->decodeDoubleForKey(key);
+    if (value < 0) frame->failForKey(key);
+    return value;
+  };
+  return NSMakeRect(frame->decodeDoubleForKey("x"), frame->decodeDoubleForKey("y"), extent("width"),
+                    extent("height"));
 }
 
 unsigned decodeAutoresizingMask(const NSCoder& coder) {
@@ -82,14 +87,13 @@ void NSView::setFrameSize(NSSize size) {
 }
 
 void NSView::addSubview(std::shared_ptr<NSView> view) {
-  assert(view && !view->superview());
-  view->superview_ = weak_from_this();
+  assert(view);
   subviews_.push_back(std::move(view));
   setNeedsDisplay(true);
 }
 
 void NSView::invalidateIntrinsicContentSize() {
-  setNeedsUpdateConstraints(true);
+  needsUpdateConstraints_ = true;
 }
 
 void NSView::resizeWithOldSuperviewSize(NSSize oldSize, NSSize newSize) {

@@ -42,17 +42,13 @@ class NSView : public NSObject, public std::enable_shared_from_this<NSView> {
   /// autoresizing masks.
   void setFrameSize(NSSize size);
 
-  unsigned autoresizingMask() const { return autoresizingMask_; }
   /// Bits of `NSAutoresizingMaskOptions`.
   void setAutoresizingMask(unsigned mask) { autoresizingMask_ = mask; }
 
-  /// Puts `view`, which has no superview yet, in front of the others. This view must be held by a
-  /// `std::shared_ptr` already.
+  /// Puts `view` in front of the others.
   void addSubview(std::shared_ptr<NSView> view);
   /// From the rearmost to the foremost.
   const std::vector<std::shared_ptr<NSView>>& subviews() const { return subviews_; }
-  /// Null at the root of a hierarchy.
-  std::shared_ptr<NSView> superview() const { return superview_.lock(); }
 
   /// Whether the view looks different from when the mark was last cleared; true for a new view.
   bool needsDisplay() const { return needsDisplay_; }
@@ -65,7 +61,6 @@ class NSView : public NSObject, public std::enable_shared_from_this<NSView> {
   /// Says that the view's natural size may have changed: the layout must be worked out anew.
   virtual void invalidateIntrinsicContentSize();
   bool needsUpdateConstraints() const { return needsUpdateConstraints_; }
-  void setNeedsUpdateConstraints(bool needsUpdate) { needsUpdateConstraints_ = needsUpdate; }
 
  protected:
   /// Stores a value of a derived view; one that differs marks the view for display. Gives whether
@@ -87,7 +82,6 @@ class NSView : public NSObject, public std::enable_shared_from_this<NSView> {
   NSRect frame_;
   unsigned autoresizingMask_ = NSViewNotSizable;
   std::vector<std::shared_ptr<NSView>> subviews_;
-  std::weak_ptr<NSView> superview_;
   std::string accessibilityLabel_;
   std::string identifier_;
   bool needsDisplay_ = true;

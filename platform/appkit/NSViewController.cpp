@@ -36,12 +36,11 @@ void NSViewController::setPreferredContentSizeObserver(PreferredContentSizeObser
   preferredContentSizeObserver_ = std::move(observer);
 }
 
-NSOutletConnection NSViewController::connectOutlet(std::string_view name,
-                                                   const std::shared_ptr<NSObject>& object) {
-  if (name != "view") return NSOutletConnection::UnknownName;
-  return NSConnectOutlet(view_, object);
+bool NSViewController::connectOutlet(std::string_view name,
+                                     const std::shared_ptr<NSObject>& object) {
+  return name == "view" && NSConnectOutlet(view_, object);
 }
 
-NSOutletConnection NSViewController::connectAction(std::string_view, NSControl&) {
-  return NSOutletConnection::UnknownName;
+bool NSViewController::connectAction(std::string_view, NSControl&) {
+  return false;
 }

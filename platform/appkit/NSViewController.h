@@ -9,11 +9,19 @@
 #include "platform/appkit/NSControl.h"
 #include "platform/appkit/NSGeometry.h"
 #include "platform/appkit/NSInterfaceLoader.h"
-#include "platform/appkit/NSOutletConnection.h"
 #include "platform/appkit/NSView.h"
 #include "platform/foundation/NSBundle.h"
 #include "platform/foundation/NSCoder.h"
 #include "platform/foundation/NSObject.h"
+
+/// Stores `object` in an outlet, a `std::shared_ptr` or `std::weak_ptr` to a class derived from
+/// `NSObject`, if it is of the outlet's class, and gives whether it is.
+template <template <class> class Pointer, class Class>
+bool NSConnectOutlet(Pointer<Class>& outlet, const std::shared_ptr<NSObject>& object) {
+  const auto typed = std::dynamic_pointer_cast<Class>(object);
+  if (typed) outlet = typed;
+  return typed != nullptr;
+}
 
 /// Owns a view that comes from an interface file, and answers for the file's outlets and actions.
 /// Owned by the host. Lives on the main queue.
@@ -49,14 +57,15 @@ class NSViewController : public NSObject, public std::enable_shared_from_this<NS
   virtual void viewWillDisappear() {}
 
   /// Connects the outlet `name`; a derived class answers for its own and asks its base for the
-  /// others. This one knows "view".
-  virtual NSOutletConnection connectOutlet(std::string_view name,
-                                           const std::shared_ptr<NSObject>& object);
+  /// others. This one knows "view". Gives whether there is such an outlet for an object of that
+  /// class.
+  virtual bool connectOutlet(std::string_view name, const std::shared_ptr<NSObject>& object);
 
   /// Gives the control the action of that selector, such as "playButtonClicked:". The action does
   /// not hold the controller, and does nothing once that has ended. A derived class answers for its
-  /// own actions and asks its base for the others; this one knows none.
-  virtual NSOutletConnection connectAction(std::string_view selector, NSControl& control);
+  /// own actions and asks its base for the others; this one knows none. Gives whether there is such
+  /// an action for a control of that class.
+  virtual bool connectAction(std::string_view selector, NSControl& control);
 
  private:
   const NSInterfaceLoader& loader_;

@@ -9,7 +9,7 @@ class Clock {
 
   virtual ~Clock() = default;
 
-  /// Never goes back. Any thread.
+  /// The time now, which never goes back. May be called on any thread.
   virtual TimePoint now() const = 0;
 };
 

@@ -57,7 +57,7 @@ void RunLoop::removeTimer(const Timer& timer) {
   assertCurrent();
   const auto found = std::find_if(timers_.begin(), timers_.end(),
                                   [&](const auto& entry) { return entry.second.get() == &timer; });
-  // Taken out first: what ends with the timer may use the loop.
+  // The timer is taken out before it is destroyed, as what ends with it may use the loop.
   if (found != timers_.end()) timers_.extract(found);
 }
 

@@ -44,8 +44,8 @@ class RunLoop final : private DispatchQueue {
   /// Needs a clock that runs by itself. Returns at once when the loop was stopped before.
   void run();
 
-  /// Lets no further block run and no further timer fire; for good. Any thread, also from within a
-  /// turn.
+  /// From now on no block runs and no timer fires any more. May be called on any thread, also from
+  /// within a turn.
   void stop();
 
   /// One turn, without waiting: runs the blocks that were enqueued and fires the timers that were
@@ -57,14 +57,15 @@ class RunLoop final : private DispatchQueue {
   /// runs, on any thread.
   void setTurnObserver(std::function<void()> observer);
 
-  /// The clock's time. Any thread.
+  /// The clock's time. May be called on any thread.
   Clock::TimePoint now() const { return clock_.now(); }
 
   /// Keeps a timer until it fires or is removed. A loop that has ended invalidates it instead. From
-  /// within a turn `due` lies ahead. Loop's thread.
+  /// within a turn `due` lies ahead. To be called on the loop's thread.
   void addTimer(std::shared_ptr<Timer> timer, Clock::TimePoint due);
 
-  /// Lets go of a timer; no effect when the loop does not keep it. Loop's thread.
+  /// Lets go of a timer; no effect when the loop does not keep it. To be called on the loop's
+  /// thread.
   void removeTimer(const Timer& timer);
 
  private:
@@ -91,8 +92,9 @@ class RunLoop final : private DispatchQueue {
 
   std::mutex mutex_;
   std::condition_variable condition_;
-  Blocks blocks_;       // Under the lock.
-  bool ended_ = false;  // Under the lock, but for reading it on the loop's thread.
+  Blocks blocks_;  // Guarded by the lock.
+  // Written under the lock. The loop's own thread reads it without.
+  bool ended_ = false;
 
   std::multimap<Clock::TimePoint, std::shared_ptr<Timer>> timers_;
   std::function<void()> turnObserver_;

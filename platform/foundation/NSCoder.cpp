@@ -5,30 +5,14 @@
 #include <stdexcept>
 #include <system_error>
 
-NSCoder::NSCoder(std::string place, const NSTextMeasurer& textMeasurer,
-                 const NSFontFinder& fontFinder)
-    : place_(std::move(place)), textMeasurer_(textMeasurer), fontFinder_(fontFinder) {}
-
-void NSCoder::encodeString(std::string key, std::string value) {
-  values_.insert_or_assign(std::move(key), std::move(value));
-}
-
 NSCoder& NSCoder::encodeChild(std::string key, std::string place) {
   auto child = std::make_unique<NSCoder>(std::move(place), textMeasurer_, fontFinder_);
   return *children_.insert_or_assign(std::move(key), std::move(child)).first->second;
 }
 
-bool NSCoder::containsValueForKey(std::string_view key) const {
-  return find(key) || childForKey(key);
-}
-
-std::string NSCoder::decodeStringForKey(std::string_view key, std::string_view otherwise) const {
+std::string NSCoder::decodeStringForKey(std::string_view key) const {
   const std::string* const text = find(key);
-  return text ? *text : std::string(otherwise);
-}
-
-bool NSCoder::decodeBoolForKey(std::string_view key, bool otherwise) const {
-  return decodeCaseForKey(key, {{"YES", true}, {"NO", false}}, otherwise);
+  return text ? *text : std::string();
 }
 
 double NSCoder::decodeDoubleForKey(std::string_view key, double otherwise) const {
@@ -37,9 +21,7 @@ double NSCoder::decodeDoubleForKey(std::string_view key, double otherwise) const
   double number = 0;
   const char* const end = text->data() + text->size();
   const auto [rest, error] = std::from_chars(text->data(), end, number);
-  if (error != std::errc() || rest != end || !std::isfinite(number)) {
-    failForKey(key, "is not a number: \"" + *text + "\"");
-  }
+  if (error != std::errc() || rest != end || !std::isfinite(number)) failForKey(key);
   return number;
 }
 
@@ -53,8 +35,9 @@ const NSCoder& NSCoder::cell() const {
   return cell ? *cell : *this;
 }
 
-void NSCoder::failForKey(std::string_view key, std::string_view problem) const {
-  throw std::runtime_error(place_ + ": " + std::string(key) + ": " + std::string(problem));
+void NSCoder::failForKey(std::string_view key) const {
+  throw std::runtime_error(place_ + ": " + std::string(key) + " cannot be '" +
+                           decodeStringForKey(key) + "'");
 }
 
 const std::string* NSCoder::find(std::string_view key) const {

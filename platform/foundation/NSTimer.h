@@ -33,10 +33,10 @@ class NSTimer final : public RunLoop::Timer, public std::enable_shared_from_this
   /// this happens. No effect on an invalid timer.
   void invalidate() override;
 
-  /// Still so within the only call of a timer that does not repeat.
+  /// A timer that does not repeat is still valid within its only call.
   bool isValid() const { return valid_; }
 
-  /// For `scheduledTimerWithTimeInterval` only.
+  /// Called by `scheduledTimerWithTimeInterval`, which alone can make a `Key`.
   NSTimer(Key key, RunLoop& runLoop, std::chrono::duration<double> interval,
           TargetAction targetAction, bool repeats);
 
@@ -44,7 +44,7 @@ class NSTimer final : public RunLoop::Timer, public std::enable_shared_from_this
   void fire(Clock::TimePoint due) override;
   void scheduleAfter(Clock::TimePoint due);
 
-  RunLoop& runLoop_;  // Not touched once invalid: it may be gone.
+  RunLoop& runLoop_;  // Not used once the timer is invalid, as it may be gone.
   const Clock::TimePoint::duration interval_;
   const bool repeats_;
   bool valid_ = true;

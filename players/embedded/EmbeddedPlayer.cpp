@@ -76,10 +76,8 @@ PlayerAnswer<std::string> EmbeddedPlayer::lyricsOfCurrentTrack() {
 
 PlayerAnswer<std::vector<std::byte>> EmbeddedPlayer::artworkOfCurrentTrack() {
   const auto cover = coverNow();
-  if (cover.empty()) return PlayerFailure::NoSuchObject;
-  auto bytes = bundle_.dataForResource("covers/" + cover + ".png");
-  if (!bytes) return PlayerFailure::NoSuchObject;
-  return std::move(*bytes);
+  if (!cover) return PlayerFailure::NoSuchObject;
+  return bundle_.dataForResource("covers/" + *cover + ".png").value_or(std::vector<std::byte>());
 }
 
 PlayerAnswer<Done> EmbeddedPlayer::setRatingOfCurrentTrack(int rating) {
@@ -130,10 +128,16 @@ void EmbeddedPlayer::carryOver() {
   }
 }
 
-std::string EmbeddedPlayer::coverNow() {
+std::optional<std::string> EmbeddedPlayer::coverNow() {
   const std::scoped_lock lock(mutex_);
   const auto* current = trackNow();
-  return current == nullptr ? std::string{} : current->cover;
+  return current == nullptr ? std::nullopt : std::optional(current->cover);
+}
+
+PlayerDescription EmbeddedPlayer::description() {
+  const std::lock_guard lock(mutex_);
+  return {
+      .name = "embedded", .identity = "Built-in player", .playing = state_ == PlayerState::Playing};
 }
 
 }  // namespace Corvella

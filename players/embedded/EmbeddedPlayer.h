@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cstddef>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -43,6 +44,8 @@ class EmbeddedPlayer final : public MusicPlayer {
 
   PlayerAnswer<Done> perform(PlaybackRequest request) override;
 
+  PlayerDescription description() override;
+
  private:
   // These two are called with the mutex held.
 
@@ -51,18 +54,19 @@ class EmbeddedPlayer final : public MusicPlayer {
   /// Puts a position beyond the current track's end where it belongs.
   void carryOver();
 
-  std::string coverNow();
+  /// The current track's cover; absent when there is no track.
+  std::optional<std::string> coverNow();
 
   const Clock& clock_;
   const NSBundle& bundle_;
 
-  std::mutex mutex_;  // guards everything below
+  std::mutex mutex_;  // Guards everything below.
   std::vector<EmbeddedTrack> tracks_;
   std::size_t current_ = 0;
   PlayerState state_;
-  // In the clock's own unit: shorter steps than a microsecond add up too.
+  // This is in the clock's own unit, so that steps shorter than a microsecond add up, too.
   Clock::TimePoint::duration position_{0};
-  Clock::TimePoint asOf_;  // when `position_` was right
+  Clock::TimePoint asOf_;  // When `position_` was right.
   int volume_ = 80;
 };
 

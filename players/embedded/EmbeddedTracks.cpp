@@ -8,7 +8,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr auto lanternsLyrics = R"(We folded the evening along the old crease
+constexpr auto kLanternsLyrics = R"(We folded the evening along the old crease
 and set it on water, a candle apiece.
 The bridge held its breath and the willows leaned in;
 one lantern stayed near us, too shy to begin.
@@ -28,7 +28,7 @@ and the current unrolled them like patterns on cloth.
   I'll count them till morning. I'm nearly at ten.
   The river says nothing. I'll start them again.)";
 
-constexpr auto balconyLyrics = R"(قمرٌ على الشرفةِ يسقي الياسمين
+constexpr auto kBalconyLyrics = R"(قمرٌ على الشرفةِ يسقي الياسمين
 ويعدُّ على مهلٍ خُطى العائدين
 قلتُ: هل تبقى قليلاً عندنا؟
 قال: ليلي قصيرٌ، وضوئي أمين
@@ -36,7 +36,7 @@ constexpr auto balconyLyrics = R"(قمرٌ على الشرفةِ يسقي الي
 يا قمرُ، يا جارَنا، لا تستعجلِ
 ما زال في الإبريقِ شايٌ، فانزلِ)";
 
-constexpr auto libraryLyrics = R"(雨の日だけ ひらく図書館
+constexpr auto kLibraryLyrics = R"(雨の日だけ ひらく図書館
 傘のかたちの しおりを挟む
 貸出カードに にじむ名前は
 たぶん わたしの 知らないわたし
@@ -46,7 +46,7 @@ constexpr auto libraryLyrics = R"(雨の日だけ ひらく図書館
 司書の猫が ひとつ あくびして
 「延滞ですね」と 空を見上げる)";
 
-constexpr auto lighthouseLyrics = R"(One lamp, with a lens like the eye of a whale,
+constexpr auto kLighthouseLyrics = R"(One lamp, with a lens like the eye of a whale,
 two hundred and seven stone steps, and a stair,
 a rail on the left that is mostly a rail,
 a draught on the right that is mostly sea air.
@@ -129,7 +129,7 @@ Item: "The puffins are back", Anna said.
   one hand for the kettle and one for the glass.
   One logbook, in which I have written: "Came through.")";
 
-constexpr auto apologyLyrics = R"(I'm sorry. It was three o'clock.
+constexpr auto kApologyLyrics = R"(I'm sorry. It was three o'clock.
 It was the polka. You did knock.
 I took it for the second beat.
 (Encore, with both my left feet.))";
@@ -138,7 +138,7 @@ EmbeddedTrack lanterns() {
   return {.track = {.name = "Lanterns on a Slow River",
                     .artist = "Marlo Venn",
                     .album = "Small Hours, Large Windows",
-                    .lyrics = lanternsLyrics,
+                    .lyrics = kLanternsLyrics,
                     .rating = 80,
                     .finish = 163s},
           .cover = "lanterns"};
@@ -159,7 +159,7 @@ EmbeddedTrack balcony() {
   return {.track = {.name = "قمر على الشرفة",
                     .artist = "فرقة النافذة الزرقاء",
                     .album = "شاي بعد منتصف الليل",
-                    .lyrics = balconyLyrics,
+                    .lyrics = kBalconyLyrics,
                     .rating = 100,
                     .finish = 197s},
           .cover = "balcony"};
@@ -169,7 +169,7 @@ EmbeddedTrack library() {
   return {.track = {.name = "雨の図書館",
                     .artist = "三月の階段",
                     .album = "紙の傘、水の本",
-                    .lyrics = libraryLyrics,
+                    .lyrics = kLibraryLyrics,
                     .rating = 80,
                     .finish = 141'250ms},
           .cover = "library"};
@@ -179,7 +179,7 @@ EmbeddedTrack lighthouse() {
   return {.track = {.name = "Inventory of a Lighthouse",
                     .artist = "Odalys Thornquay",
                     .album = "Ballads for Very Small Rooms",
-                    .lyrics = lighthouseLyrics,
+                    .lyrics = kLighthouseLyrics,
                     .rating = 100,
                     .finish = 240s},
           .cover = "lighthouse"};
@@ -201,7 +201,7 @@ EmbeddedTrack apology() {
                             "Accordion (Extended Landing Mix)",
                     .artist = "The Bellows of Upper Lower Street Municipal Accordion Orchestra",
                     .album = "Live from the Stairwell, Volumes One Through Eleven, Abridged",
-                    .lyrics = apologyLyrics,
+                    .lyrics = kApologyLyrics,
                     .rating = 20,
                     .finish = 88s},
           .cover = "apology"};

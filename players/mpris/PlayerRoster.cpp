@@ -3,85 +3,239 @@
 #include <algorithm>
 #include <utility>
 
-#include "players/mpris/TrackMetadata.h"
+#include "players/AsciiText.h"
+#include "players/mpris/track/TrackMetadata.h"
 
 namespace Corvella {
 
-PlayerRoster::PlayerRoster(std::string pinnedName) : pinnedName_(std::move(pinnedName)) {}
+namespace {
+
+constexpr std::string_view kNamePrefix = "org.mpris.MediaPlayer2.";
+
+bool isListed(const std::vector<std::string>& names, std::string_view name) {
+  return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+/// Takes over a yes or no; what is neither leaves things as they are.
+void readFlag(const PropertyMap& properties, std::string_view name, bool& flag) {
+  const auto* const value = properties.find(name);
+  if (value == nullptr) return;
+  if (const auto* const said = std::get_if<bool>(&value->content)) flag = *said;
+}
+
+void readFlags(const PropertyMap& properties, PlayerDescription& description) {
+  readFlag(properties, "CanControl", description.canControl);
+  readFlag(properties, "CanGoNext", description.canGoNext);
+  readFlag(properties, "CanGoPrevious", description.canGoPrevious);
+  readFlag(properties, "CanPlay", description.canPlay);
+  readFlag(properties, "CanPause", description.canPause);
+}
+
+/// What `--player` takes for a bus name.
+std::string shortName(std::string_view name) {
+  if (name.starts_with(kNamePrefix)) name.remove_prefix(kNamePrefix.size());
+  return std::string(name);
+}
+
+}  // namespace
+
+PlayerRoster::PlayerRoster(std::string pinnedName, PlayerNewsListener* listener,
+                           std::chrono::milliseconds betweenTracks)
+    : pinnedName_(std::move(pinnedName)), listener_(listener), betweenTracks_(betweenTracks) {}
 
 void PlayerRoster::awaitList(std::chrono::milliseconds deadline) const {
   std::unique_lock lock(mutex_);
   listedCondition_.wait_for(lock, deadline, [this] { return listed_; });
 }
 
-std::optional<PlayerRoster::Player> PlayerRoster::current() {
+std::optional<PlayerRoster::Player> PlayerRoster::chooseCurrent() {
   const std::lock_guard lock(mutex_);
-  const auto chosen = choose();
-  if (chosen == entries_.end()) return std::nullopt;
+  const auto* const chosen = choose();
+  leftIsTold_ = false;
+  hasChosen_ = true;
+  bestOwner_ = chosen != nullptr ? chosen->first : "";
+  if (chosen == nullptr) {
+    currentOwner_.reset();
+    return std::nullopt;
+  }
   currentOwner_ = chosen->first;
   return snapshot(*chosen);
 }
 
-std::vector<PlayerRoster::Player> PlayerRoster::players() const {
+std::optional<PlayerRoster::Player> PlayerRoster::current() {
+  {
+    const std::lock_guard lock(mutex_);
+    if (currentOwner_) {
+      const auto* const held = find(*currentOwner_);
+      return held != nullptr ? std::optional(snapshot(*held)) : std::nullopt;
+    }
+  }
+  return chooseCurrent();
+}
+
+std::vector<PlayerRoster::Player> PlayerRoster::candidates() const {
   std::vector<Player> players;
   {
     const std::lock_guard lock(mutex_);
-    for (const auto& entry : entries_) players.push_back(snapshot(entry));
+    for (const auto& entry : entries_) {
+      if (counts(entry.second)) players.push_back(snapshot(entry));
+    }
   }
   std::sort(players.begin(), players.end(),
             [](const Player& left, const Player& right) { return left.name < right.name; });
   return players;
 }
 
+std::vector<PlayerDescription> PlayerRoster::descriptions() const {
+  std::vector<PlayerDescription> all;
+  {
+    const std::lock_guard lock(mutex_);
+    for (const auto& [owner, entry] : entries_) all.push_back(describe(entry));
+  }
+  std::sort(all.begin(), all.end(),
+            [](const auto& left, const auto& right) { return left.name < right.name; });
+  return all;
+}
+
+PlayerDescription PlayerRoster::currentDescription() const {
+  const std::lock_guard lock(mutex_);
+  const auto found = entries_.find(currentOwner_.value_or(""));
+  return found != entries_.end() ? describe(found->second) : PlayerDescription();
+}
+
+PlayerDescription PlayerRoster::describe(const Entry& entry) {
+  auto description = entry.description;
+  description.name = shortName(*entry.names.begin());
+  description.keepsRating |= isRhythmbox(*entry.names.begin());
+  if (description.identity.empty()) description.identity = description.name;
+  description.silent = entry.silent;
+  description.playing = entry.state == PlayerState::Playing;
+  return description;
+}
+
+void PlayerRoster::tell(PlayerNews news) const {
+  if (listener_ != nullptr) listener_->playerNews(news);
+}
+
+void PlayerRoster::tellOfChoice() {
+  if (!listed_) return;  // The first choice waits for the whole list.
+  if (currentOwner_ && !entries_.contains(*currentOwner_)) {
+    if (!std::exchange(leftIsTold_, true)) tell(PlayerNews::Left);
+    return;
+  }
+  const auto* const best = choose();
+  if (best == nullptr || std::exchange(bestOwner_, best->first) == best->first) return;
+  if (hasChosen_ && currentOwner_ != bestOwner_) tell(PlayerNews::Changed);
+}
+
+bool PlayerRoster::isCurrent(const std::string& owner) const {
+  return currentOwner_ == owner;
+}
+
 void PlayerRoster::learn(const std::string& owner, PlayerAbilities abilities) {
   const std::lock_guard lock(mutex_);
-  const auto found = entries_.find(owner);
-  if (found != entries_.end()) found->second.abilities = abilities;
+  auto* const found = find(owner);
+  if (found == nullptr) return;
+  auto& entry = found->second;
+  entry.abilities = abilities;
+  const auto before = entry.description;
+  entry.description.keepsVolume = abilities.listsVolume;
+  entry.description.keepsRating = abilities.listsRating;
+  if (entry.description != before && isCurrent(owner)) tell(PlayerNews::Described);
 }
 
 void PlayerRoster::learn(const std::string& owner, PlayerState state) {
   const std::lock_guard lock(mutex_);
-  const auto found = entries_.find(owner);
-  if (found != entries_.end()) setState(found->second, state);
+  if (auto* const found = find(owner)) setState(found->second, state);
 }
 
 bool PlayerRoster::fellSilent(const std::string& owner) {
   const std::lock_guard lock(mutex_);
-  const auto found = entries_.find(owner);
-  return found != entries_.end() && !std::exchange(found->second.silent, true);
+  auto* const found = find(owner);
+  if (found == nullptr || std::exchange(found->second.silent, true)) return false;
+  if (isCurrent(owner)) tell(PlayerNews::Described);
+  tellOfChoice();
+  return true;
 }
 
 void PlayerRoster::playerAppeared(const std::string& name, const std::string& owner) {
-  if (!counts(name)) return;
   const std::lock_guard lock(mutex_);
   auto& entry = entries_[owner];
   entry.names.insert(name);
   entry.lastChange = ++changes_;
+  tellOfChoice();
 }
 
 void PlayerRoster::playerVanished(const std::string& name) {
   const std::lock_guard lock(mutex_);
   for (auto& [owner, entry] : entries_) entry.names.erase(name);
   std::erase_if(entries_, [](const auto& entry) { return entry.second.names.empty(); });
+  tellOfChoice();
 }
 
-void PlayerRoster::propertiesChanged(const std::string& owner, const PropertyMap& changed) {
+void PlayerRoster::propertiesChanged(const std::string& owner, const PropertyMap& changed,
+                                     const std::vector<std::string>& invalidated) {
   const std::lock_guard lock(mutex_);
-  const auto found = entries_.find(owner);
-  if (found == entries_.end()) return;
+  auto* const found = find(owner);
+  if (found == nullptr) return;
   auto& entry = found->second;
   entry.lastChange = ++changes_;
+  const auto described = describe(entry);
   if (const auto* status = changed.find("PlaybackStatus")) setState(entry, stateOf(status));
   // Properties that turned up later are learned from the next whole list.
   if (changed.contains("Volume") || changed.contains("Rating")) entry.abilities.reset();
+  readFlags(changed, entry.description);
+  if (isCurrent(owner)) {
+    if (describe(entry) != described) tell(PlayerNews::Described);
+    for (const auto* const name : {"PlaybackStatus", "Metadata", "Volume", "Rating"}) {
+      if (changed.contains(name) || isListed(invalidated, name)) {
+        tell(PlayerNews::Changed);
+        break;
+      }
+    }
+  }
+  tellOfChoice();
+}
+
+void PlayerRoster::propertiesListed(const std::string& owner, const PropertyMap& properties) {
+  const std::lock_guard lock(mutex_);
+  auto* const found = find(owner);
+  if (found == nullptr) return;
+  auto& entry = found->second;
+  const auto before = entry.description;
+  readFlags(properties, entry.description);
+  // Of a player that lists nothing no more is known than before.
+  if (properties.contains("PlaybackStatus")) {
+    entry.description.keepsVolume = properties.contains("Volume");
+    entry.description.keepsRating = properties.contains("Rating");
+  }
+  if (entry.description != before && isCurrent(owner)) tell(PlayerNews::Described);
+}
+
+void PlayerRoster::identityListed(const std::string& owner, const PropertyMap& properties) {
+  const std::lock_guard lock(mutex_);
+  auto* const found = find(owner);
+  if (found == nullptr) return;
+  auto& description = found->second.description;
+  description.identity = textOf(properties.find("Identity"));
+  readFlag(properties, "CanRaise", description.canRaise);
+  if (isCurrent(owner)) tell(PlayerNews::Described);
+}
+
+void PlayerRoster::lookAgain(const std::string& owner) {
+  const std::lock_guard lock(mutex_);
+  if (isCurrent(owner)) tell(PlayerNews::Changed);
 }
 
 void PlayerRoster::playerAnswered(const std::string& owner, const PropertyValue* status) {
   const std::lock_guard lock(mutex_);
-  const auto found = entries_.find(owner);
-  if (found == entries_.end()) return;
-  found->second.silent = false;
+  auto* const found = find(owner);
+  if (found == nullptr) return;
+  const bool wasSilent = std::exchange(found->second.silent, false);
   if (status != nullptr) setState(found->second, stateOf(status));
+  // What was shown of it while it was silent may be wrong.
+  if (wasSilent && isCurrent(owner)) tell(PlayerNews::Changed);
+  tellOfChoice();
 }
 
 void PlayerRoster::playerFellSilent(const std::string& owner) {
@@ -92,6 +246,7 @@ void PlayerRoster::playersListed() {
   const std::lock_guard lock(mutex_);
   listed_ = true;
   listedCondition_.notify_all();
+  tellOfChoice();
 }
 
 void PlayerRoster::busLost() {
@@ -99,6 +254,7 @@ void PlayerRoster::busLost() {
   entries_.clear();
   listed_ = true;
   listedCondition_.notify_all();
+  tellOfChoice();
 }
 
 /// Higher is better for the choice of the current player.
@@ -115,35 +271,63 @@ int PlayerRoster::rank(const Entry& entry) {
   return 1;
 }
 
+bool PlayerRoster::isFollowed(const std::string& owner) const {
+  const std::lock_guard lock(mutex_);
+  return listener_ != nullptr && isCurrent(owner);
+}
+
 bool PlayerRoster::knows(const std::string& owner) const {
   const std::lock_guard lock(mutex_);
   return entries_.contains(owner);
 }
 
-bool PlayerRoster::counts(std::string_view name) const {
-  if (pinnedName_.empty() || name == pinnedName_) return true;
-  constexpr std::string_view prefix = "org.mpris.MediaPlayer2.";
-  if (!name.starts_with(prefix)) return false;
-  name.remove_prefix(prefix.size());
-  return name == pinnedName_ || name.substr(0, name.find(".instance")) == pinnedName_;
+bool PlayerRoster::counts(const Entry& entry) const {
+  if (pinnedName_.empty()) return true;
+  return std::any_of(entry.names.begin(), entry.names.end(), [this](std::string_view name) {
+    if (sameText(name, pinnedName_)) return true;
+    if (!name.starts_with(kNamePrefix)) return false;
+    name.remove_prefix(kNamePrefix.size());
+    return sameText(name, pinnedName_) ||
+           sameText(name.substr(0, name.find(".instance")), pinnedName_);
+  });
 }
 
 void PlayerRoster::setState(Entry& entry, PlayerState state) {
   if (entry.state == state) return;
+  entry.stoppedPlaying.reset();
+  if (entry.state == PlayerState::Playing && state == PlayerState::Stopped) {
+    entry.stoppedPlaying = std::chrono::steady_clock::now();
+  }
   entry.state = state;
   entry.lastChange = ++changes_;
 }
 
-PlayerRoster::Entries::iterator PlayerRoster::choose() {
-  const auto current = entries_.find(currentOwner_);
-  const bool keeps = current != entries_.end() && !current->second.silent &&
+PlayerRoster::Entries::value_type* PlayerRoster::find(const std::string& owner) {
+  const auto found = entries_.find(owner);
+  return found != entries_.end() ? &*found : nullptr;
+}
+
+/// Some players say that they are stopped for a moment while they go to the next track. A player
+/// that is only paused must not take over the panel and its buttons meanwhile.
+bool PlayerRoster::isBetweenTracks(const Entry& entry) const {
+  return entry.stoppedPlaying && !entry.silent &&
+         std::chrono::steady_clock::now() - *entry.stoppedPlaying < betweenTracks_;
+}
+
+PlayerRoster::Entries::value_type* PlayerRoster::choose() {
+  auto* const current = find(currentOwner_.value_or(""));
+  const bool keeps = current != nullptr && !current->second.silent &&
                      current->second.state == PlayerState::Playing;
   if (keeps) return current;
-  return std::max_element(entries_.begin(), entries_.end(),
-                          [](const auto& left, const auto& right) {
-                            return std::pair(rank(left.second), left.second.lastChange) <
-                                   std::pair(rank(right.second), right.second.lastChange);
-                          });
+  Entries::value_type* best = nullptr;
+  const auto standing = [](const Entry& entry) { return std::pair(rank(entry), entry.lastChange); };
+  for (auto& each : entries_) {
+    if (!counts(each.second)) continue;
+    if (best == nullptr || standing(best->second) < standing(each.second)) best = &each;
+  }
+  const bool onlyPauses = current != nullptr && isBetweenTracks(current->second) &&
+                          best->second.state != PlayerState::Playing;
+  return onlyPauses ? current : best;
 }
 
 PlayerRoster::Player PlayerRoster::snapshot(const Entries::value_type& entry) {

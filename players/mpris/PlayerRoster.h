@@ -12,8 +12,10 @@
 #include <vector>
 
 #include "players/MusicPlayer.h"
-#include "players/mpris/MprisObserver.h"
-#include "players/mpris/PropertyValue.h"
+#include "players/PlayerDescription.h"
+#include "players/PlayerNews.h"
+#include "players/mpris/bus/MprisObserver.h"
+#include "players/mpris/bus/PropertyValue.h"
 
 namespace Corvella {
 
@@ -21,11 +23,16 @@ namespace Corvella {
 struct PlayerAbilities {
   bool listsVolume = false;
   bool listsRating = false;
+
+  bool operator==(const PlayerAbilities&) const = default;
 };
 
 /// The players on the bus, and which of them is the current one: the current one as long as it
 /// plays; else one that plays; else the one that changed last, stopped ones after all others. One
 /// that does not answer comes last of all.
+///
+/// A choice stands until `chooseCurrent` is called again, or the player leaves: the player that the
+/// panel shows and the one that its buttons drive must be the same.
 ///
 /// Kept up to date by the bus's watching thread, read by any thread.
 class PlayerRoster final : public MprisObserver {
@@ -37,20 +44,33 @@ class PlayerRoster final : public MprisObserver {
     PlayerState state = PlayerState::Stopped;
     bool silent = false;  ///< Missed a deadline and has not answered since.
     std::optional<PlayerAbilities> abilities;
+
+    bool operator==(const Player&) const = default;
   };
 
-  /// With a `pinnedName` only players of that name count: a whole bus name, or what follows
-  /// "org.mpris.MediaPlayer2." with or without a copy's ".instance…".
-  explicit PlayerRoster(std::string pinnedName = {});
+  /// With a `pinnedName` only players of that name can become the current one: a whole bus name, or
+  /// what follows "org.mpris.MediaPlayer2." with or without a copy's ".instance…". The case of
+  /// ASCII letters does not matter. `listener`, which may be null, is told the news of the current
+  /// player. A player that stops playing stays the current one for the time `betweenTracks`, unless
+  /// another one plays.
+  explicit PlayerRoster(std::string pinnedName = {}, PlayerNewsListener* listener = nullptr,
+                        std::chrono::milliseconds betweenTracks = std::chrono::milliseconds(600));
 
   /// Waits until the players that were there at the start are known, at most until the deadline.
   void awaitList(std::chrono::milliseconds deadline) const;
 
-  /// The current player; absent when none is on the bus.
+  /// Chooses the current player anew; absent when there is none.
+  std::optional<Player> chooseCurrent();
+
+  /// The player that was chosen last, or is chosen now when none was; absent when it has left.
   std::optional<Player> current();
 
-  /// All players that count, by name.
-  std::vector<Player> players() const;
+  /// All players that can become the current one, by name.
+  std::vector<Player> candidates() const;
+
+  /// All players on the bus, by name, and the current one, which is empty when there is none.
+  std::vector<PlayerDescription> descriptions() const;
+  PlayerDescription currentDescription() const;
 
   /// Notes what a player answered to a caller.
   void learn(const std::string& owner, PlayerAbilities abilities);
@@ -61,9 +81,14 @@ class PlayerRoster final : public MprisObserver {
 
   void playerAppeared(const std::string& name, const std::string& owner) override;
   void playerVanished(const std::string& name) override;
-  void propertiesChanged(const std::string& owner, const PropertyMap& changed) override;
+  void propertiesChanged(const std::string& owner, const PropertyMap& changed,
+                         const std::vector<std::string>& invalidated) override;
+  void propertiesListed(const std::string& owner, const PropertyMap& properties) override;
+  void identityListed(const std::string& owner, const PropertyMap& properties) override;
+  void lookAgain(const std::string& owner) override;
   void playerAnswered(const std::string& owner, const PropertyValue* status) override;
   bool knows(const std::string& owner) const override;
+  bool isFollowed(const std::string& owner) const override;
   void playerFellSilent(const std::string& owner) override;
   void playersListed() override;
   void busLost() override;
@@ -74,22 +99,40 @@ class PlayerRoster final : public MprisObserver {
     PlayerState state = PlayerState::Stopped;
     std::uint64_t lastChange = 0;
     bool silent = false;
+    /// When it went from playing to stopped; absent when it has done anything else since.
+    std::optional<std::chrono::steady_clock::time_point> stoppedPlaying;
     std::optional<PlayerAbilities> abilities;
+    PlayerDescription description;  // But for what the other fields say.
   };
   using Entries = std::map<std::string, Entry>;
 
   static int rank(const Entry& entry);
-  bool counts(std::string_view name) const;
+  bool isBetweenTracks(const Entry& entry) const;
+  static PlayerDescription describe(const Entry& entry);
+  bool counts(const Entry& entry) const;
+  bool isCurrent(const std::string& owner) const;
+  /// Tells the news, if any. With the lock held: the listener calls nobody.
+  void tell(PlayerNews news) const;
+  /// Tells when the current player has left, or when the choice would fall on another one.
+  void tellOfChoice();
   void setState(Entry& entry, PlayerState state);
-  Entries::iterator choose();
+  /// The player of that owner; null when it is unknown.
+  Entries::value_type* find(const std::string& owner);
+  /// The player that is to be the current one; null when there is none.
+  Entries::value_type* choose();
   static Player snapshot(const Entries::value_type& entry);
 
   const std::string pinnedName_;
+  PlayerNewsListener* const listener_;
+  const std::chrono::milliseconds betweenTracks_;
   mutable std::mutex mutex_;
   mutable std::condition_variable listedCondition_;
   bool listed_ = false;
   Entries entries_;
-  std::string currentOwner_;
+  std::optional<std::string> currentOwner_;  // Absent until there is a first one to choose.
+  std::string bestOwner_;                    // Whom the choice would fall on, as told last.
+  bool hasChosen_ = false;   // Before the first choice there is nothing that could be wrong.
+  bool leftIsTold_ = false;  // That the current player has left.
   std::uint64_t changes_ = 0;
 };
 

@@ -1,64 +1,54 @@
 #include <csignal>
-#include <memory>
 #include <string>
 
 #include <gtest/gtest.h>
 
 #include "controls/SongRatingLevelIndicatorCell.h"
-#include "tests/support/FixedFontFinder.h"
-#include "tests/support/FixedTextMeasurer.h"
+#include "tests/support/InterfaceElement.h"
 
 namespace Corvella {
 namespace {
 
-TEST(ARatingCellOfAnyStyle, IsAHighlightedRatingThatTheUserSets) {
+using Cell = SongRatingLevelIndicatorCell;
+
+class ARatingCell : public testing::Test, protected InterfaceElement {
+ protected:
+  static void expectCell(const Cell& cell, NSLevelIndicatorStyle style, bool highlighted,
+                         bool editable, bool continuous, NSFocusRingType ring) {
+    EXPECT_EQ(cell.levelIndicatorStyle(), style);
+    EXPECT_EQ(cell.isHighlighted(), highlighted);
+    EXPECT_EQ(cell.isEditable(), editable);
+    EXPECT_EQ(cell.isContinuous(), continuous);
+    EXPECT_EQ(cell.focusRingType(), ring);
+  }
+};
+
+TEST_F(ARatingCell, OfAnyStyleIsAHighlightedRatingThatTheUserSets) {
   for (const auto style : {NSRelevancyLevelIndicatorStyle, NSLevelIndicatorStyle{99}}) {
-    const auto cell = SongRatingLevelIndicatorCell::initWithLevelIndicatorStyle(style);
+    const auto cell = Cell::initWithLevelIndicatorStyle(style);
     ASSERT_NE(cell, nullptr);
-    EXPECT_EQ(cell->levelIndicatorStyle(), NSRatingLevelIndicatorStyle);
-    EXPECT_TRUE(cell->isHighlighted());
-    EXPECT_TRUE(cell->isEditable());
-    EXPECT_TRUE(cell->isContinuous());
-    EXPECT_EQ(cell->focusRingType(), NSFocusRingTypeNone);
+    expectCell(*cell, NSRatingLevelIndicatorStyle, true, true, true, NSFocusRingTypeNone);
   }
 }
 
-class ARatingCellOfAnInterfaceFile : public testing::Test {
- protected:
-  FixedTextMeasurer measurer_;
-  FixedFontFinder fonts_;
-  NSCoder coder_{"Some.xib:1", measurer_, fonts_};
-};
-
-TEST_F(ARatingCellOfAnInterfaceFile, KeepsTheSettingsOfTheFile) {
-  const SongRatingLevelIndicatorCell bare(coder_);
-  EXPECT_FALSE(bare.isHighlighted());
-  EXPECT_FALSE(bare.isEditable());
-  EXPECT_FALSE(bare.isContinuous());
-
-  coder_.encodeString("levelIndicatorStyle", "discreteCapacity");
-  coder_.encodeString("editable", "YES");
-  coder_.encodeString("focusRingType", "exterior");
-  const SongRatingLevelIndicatorCell cell(coder_);
-  EXPECT_EQ(cell.levelIndicatorStyle(), NSDiscreteCapacityLevelIndicatorStyle);
-  EXPECT_TRUE(cell.isEditable());
-  EXPECT_FALSE(cell.isContinuous());
-  EXPECT_EQ(cell.focusRingType(), NSFocusRingTypeExterior);
-}
-
-TEST_F(ARatingCellOfAnInterfaceFile, IsHighlightedAfterAnyWrite) {
+TEST_F(ARatingCell, OfAnInterfaceFileKeepsItsSettingsAndIsHighlightedAfterAnyWrite) {
+  expectCell(Cell(coder), NSRelevancyLevelIndicatorStyle, false, false, false,
+             NSFocusRingTypeDefault);
+  coder.encodeString("levelIndicatorStyle", "discreteCapacity");
+  coder.encodeString("editable", "YES");
+  coder.encodeString("focusRingType", "exterior");
   for (const bool written : {false, true}) {
-    const auto cell = std::make_shared<SongRatingLevelIndicatorCell>(coder_);
-    NSLevelIndicatorCell& asThePlatformSeesIt = *cell;
-    asThePlatformSeesIt.setHighlighted(written);
-    EXPECT_TRUE(asThePlatformSeesIt.isHighlighted());
+    Cell cell(coder);
+    expectCell(cell, NSDiscreteCapacityLevelIndicatorStyle, false, true, false,
+               NSFocusRingTypeExterior);
+    static_cast<NSLevelIndicatorCell&>(cell).setHighlighted(written);
+    EXPECT_TRUE(cell.isHighlighted());
   }
 }
 
 TEST(ARatingCellDeathTest, StopsTheProgramInAnUnsupportedInitialiser) {
   const testing::KilledBySignal stopped(SIGABRT);
-  using Cell = SongRatingLevelIndicatorCell;
-  const std::string name = ".*Corvella\\.SongRatingLevelIndicatorCell";
+  const std::string name = "' for class 'Corvella\\.SongRatingLevelIndicatorCell'";
   EXPECT_EXIT(Cell::initTextCell("text"), stopped, "init\\(textCell:\\)" + name);
   EXPECT_EXIT(Cell::initImageCell(nullptr), stopped, "init\\(imageCell:\\)" + name);
   EXPECT_EXIT(Cell::init(), stopped, "init\\(\\)" + name);

@@ -3,11 +3,12 @@
 #include <QTest>
 #include <algorithm>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gmock/gmock.h>
 
-#include "host/PositionBar.h"
+#include "host/controls/PositionBar.h"
 #include "tests/support/TodayViewRig.h"
 
 namespace Corvella {
@@ -25,14 +26,14 @@ class AnUnfoldedTodayView : public testing::Test {
 
 TEST_F(AnUnfoldedTodayView, IsWalkedThroughByTabInReadingOrder) {
   std::vector<std::string> names;
-  for (int i = 0; i < 8; ++i) {
+  for (int i = 0; i < 9; ++i) {
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
     names.push_back(QApplication::focusWidget()->objectName().toStdString());
   }
   std::rotate(names.begin(), std::ranges::find(names, "songRatingIndicator"), names.end());
   EXPECT_THAT(names, testing::ElementsAre("songRatingIndicator", "previousButton", "playButton",
                                           "nextButton", "soundVolume", "toggleLyricsButton",
-                                          "lyricsView", "close"));
+                                          "lyricsView", "player", "close"));
 }
 
 struct ControlRow {
@@ -43,17 +44,16 @@ struct ControlRow {
 };
 
 TEST_F(AnUnfoldedTodayView, TellsTheRoleTheNameAndTheValueOfEachControl) {
+  const auto track = embeddedTracks()[0].track;
   const std::vector<ControlRow> rows{
-      {"songTitle",
-       QAccessible::StaticText,
-       QString::fromStdString(embeddedTracks()[0].track.name),
-       {}},
-      {"playButton", QAccessible::Button, "Play or pause", {}},
+      {"songTitle", QAccessible::StaticText, QString::fromStdString(track.name), {}},
+      {"playButton", QAccessible::Button, "Pause", {}},
       {"toggleLyricsButton", QAccessible::Button, "Hide Lyrics", {}},
       {"songRatingIndicator", QAccessible::Slider, "Rating", "4 of 5 stars"},
       {"soundVolume", QAccessible::Slider, "Volume", "80"},
       {"albumArtView", QAccessible::Graphic, "Album artwork", {}},
-      {"lyricsView", QAccessible::EditableText, "Lyrics", {}},
+      {"lyricsView", QAccessible::StaticText, "Lyrics", QString::fromStdString(track.lyrics)},
+      {"progressBar", QAccessible::ProgressBar, "Play position", {}},
   };
   for (const auto& row : rows) {
     auto* const accessible = QAccessible::queryAccessibleInterface(rig_.find(row.control));
@@ -65,8 +65,25 @@ TEST_F(AnUnfoldedTodayView, TellsTheRoleTheNameAndTheValueOfEachControl) {
     }
   }
   auto* const position = QAccessible::queryAccessibleInterface(rig_.find("progressBar"));
-  EXPECT_EQ(position->role(), QAccessible::ProgressBar);
   EXPECT_GT(position->valueInterface()->maximumValue().toDouble(), 1);
+}
+
+TEST_F(AnUnfoldedTodayView, LetsTheLyricsBeReadAndSelectedInParts) {
+  auto& view = *rig_.find<LyricsView>("lyricsView");
+  auto* const text = QAccessible::queryAccessibleInterface(&view)->textInterface();
+  ASSERT_NE(text, nullptr);
+  const auto whole = view.layout().lines().text();
+  EXPECT_EQ(text->text(0, text->characterCount()), whole);
+
+  text->setSelection(0, 3, 9);
+  EXPECT_EQ(view.selection().text(), whole.mid(3, 6));
+  int start = 0;
+  int end = 0;
+  text->selection(0, &start, &end);
+  EXPECT_EQ(std::pair(start, end), std::pair(3, 9));
+  EXPECT_EQ(text->offsetAtPoint(text->characterRect(5).center()), 5);
+  text->removeSelection(0);
+  EXPECT_TRUE(view.selection().isEmpty());
 }
 
 TEST(ThePlayPosition, IsReadAsTime) {

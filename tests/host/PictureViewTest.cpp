@@ -3,8 +3,8 @@
 
 #include <gtest/gtest.h>
 
-#include "host/PictureView.h"
-#include "host/QtImageDecoder.h"
+#include "host/controls/PictureView.h"
+#include "host/services/QtImageDecoder.h"
 
 namespace Corvella {
 namespace {

@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include "players/mpris/DataUrl.h"
+#include "players/mpris/artwork/DataUrl.h"
 #include "tests/support/Bytes.h"
 
 namespace Corvella {

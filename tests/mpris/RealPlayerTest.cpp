@@ -4,11 +4,8 @@
 
 #include <gmock/gmock.h>
 
-#include "players/mpris/MprisPlayer.h"
-#include "tests/support/Eventually.h"
-#include "tests/support/PrivateBus.h"
+#include "tests/support/FakePlayerOnTheBus.h"
 #include "tests/support/RealMpv.h"
-#include "tests/support/ScriptedStack.h"
 #include "tests/support/TaggedTrack.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -18,7 +15,7 @@ namespace {
 constexpr auto kCover = CORVELLA_RESOURCES "/covers/harbour.png";
 
 /// mpv with two tracks on a bus of its own, paused at the start of the first.
-class ARealPlayerOnTheBus : public testing::Test {
+class ARealPlayerOnTheBus : public ABus {
  protected:
   ARealPlayerOnTheBus() {
     const auto first = folder_.path() / "first #1 100%.flac";
@@ -33,7 +30,7 @@ class ARealPlayerOnTheBus : public testing::Test {
               {.title = "Second", .artist = "", .album = "", .lyrics = "", .cover = kCover});
     mpv_ = std::make_unique<RealMpv>(bus_.address(),
                                      RealMpv::Options{.files = {first, second}, .paused = true});
-    player_ = std::make_unique<MprisPlayer>();
+    player_ = std::make_unique<MprisPlayer>("", patience);
     stack_ = std::make_unique<ScriptedStack>(*player_);
   }
 
@@ -43,8 +40,6 @@ class ARealPlayerOnTheBus : public testing::Test {
   }
 
   TemporaryFolder folder_;
-  PrivateBus bus_;
-  ScopedSessionBus session_{bus_.address()};
   std::unique_ptr<RealMpv> mpv_;
   std::unique_ptr<MprisPlayer> player_;
   std::unique_ptr<ScriptedStack> stack_;
@@ -71,7 +66,7 @@ TEST_F(ARealPlayerOnTheBus, ObeysAsAnotherProgramSees) {
 
   controller().playback(PlaybackRequest::Next);
   EXPECT_TRUE(eventually([&] { return controller().songInfo().title == "Second"; }));
-  EXPECT_EQ(controller().songInfo().artist, "");
+  EXPECT_EQ(controller().songInfo().artist, "Unknown Artist");
   controller().playback(PlaybackRequest::Previous);
   EXPECT_TRUE(eventually([&] { return controller().songInfo().album == "Dawn"; }));
 

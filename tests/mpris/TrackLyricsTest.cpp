@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
-#include "players/mpris/TrackFileReader.h"
+#include "players/mpris/track/TrackFileReader.h"
 #include "tests/support/MediaFile.h"
 
 namespace Corvella {
@@ -45,7 +45,10 @@ TEST_F(Lyrics, PassOverSourcesThatSayNothingOrTooMuch) {
   EXPECT_EQ(lyrics(), "player's");
   EXPECT_EQ(lyrics(" \n"), "");
 
-  folder_.write("a b.lrc", std::string((1U << 20U) + 1, 'x'));
+  const std::string longest(kLongestLyrics, 'x');
+  EXPECT_EQ(lyrics(longest), longest);
+  EXPECT_EQ(lyrics(longest + "x"), "");
+  folder_.write("a b.lrc", longest + "x");
   EXPECT_EQ(lyrics(), "player's");
 }
 

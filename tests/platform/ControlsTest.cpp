@@ -3,19 +3,18 @@
 #include <limits>
 #include <memory>
 #include <stdexcept>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include "platform/appkit/NSButton.h"
-#include "platform/appkit/NSImageView.h"
 #include "platform/appkit/NSLevelIndicator.h"
 #include "platform/appkit/NSProgressIndicator.h"
 #include "platform/appkit/NSSlider.h"
 #include "platform/appkit/NSTextField.h"
 #include "platform/appkit/NSTextView.h"
-#include "tests/support/FixedFontFinder.h"
-#include "tests/support/FixedTextMeasurer.h"
+#include "tests/support/InterfaceElement.h"
 
 namespace {
 
@@ -24,7 +23,6 @@ constexpr double infinity = std::numeric_limits<double>::infinity();
 constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
 
 struct ValueRow {
-  const char* name;
   double minValue;
   double maxValue;
   double given;
@@ -33,23 +31,23 @@ struct ValueRow {
 };
 
 TEST(ASlider, KeepsItsValueInsideItsRange) {
-  const std::vector<ValueRow> rows{{"cut off not rounded", 0, 100, 2.9, 2.9, 2},
-                                   {"cut off towards zero", -5, 5, -2.9, -2.9, -2},
-                                   {"above", 0, 100, 101, 100, 100},
-                                   {"below", 0, 100, -1, 0, 0},
-                                   {"infinite", 0, 100, infinity, 100, 100},
-                                   {"minus infinite", 10, 100, -infinity, 10, 10},
-                                   {"not a number", 10, 100, notANumber, 10, 10},
-                                   {"ends the wrong way round", 10, 5, 20, 10, 10},
-                                   {"beyond integers", 0, 1e300, 1e19, 1e19, Integers::max()},
-                                   {"below integers", -1e300, 0, -1e19, -1e19, Integers::min()}};
+  const std::vector<ValueRow> rows{{0, 100, 2.9, 2.9, 2},
+                                   {-5, 5, -2.9, -2.9, -2},
+                                   {0, 100, 101, 100, 100},
+                                   {0, 100, -1, 0, 0},
+                                   {0, 100, infinity, 100, 100},
+                                   {10, 100, -infinity, 10, 10},
+                                   {10, 100, notANumber, 10, 10},
+                                   {10, 5, 20, 10, 10},
+                                   {0, 1e300, 1e19, 1e19, Integers::max()},
+                                   {-1e300, 0, -1e19, -1e19, Integers::min()}};
   for (const auto& row : rows) {
     NSSlider slider;
     slider.setMinValue(row.minValue);
     slider.setMaxValue(row.maxValue);
     slider.setDoubleValue(row.given);
-    EXPECT_EQ(slider.doubleValue(), row.expected) << row.name;
-    EXPECT_EQ(slider.integerValue(), row.integer) << row.name;
+    EXPECT_EQ(slider.doubleValue(), row.expected) << row.given;
+    EXPECT_EQ(slider.integerValue(), row.integer) << row.given;
   }
 }
 
@@ -80,32 +78,25 @@ TEST(AProgressIndicator, KeepsAValueBeyondItsRange) {
 
 template <class View, class Change>
 void expectMarkedByTheFirst(const char* name, Change change) {
-  SCOPED_TRACE(name);
-  const auto view = std::make_shared<View>();
-  EXPECT_TRUE(view->needsDisplay());
+  View view;
+  EXPECT_TRUE(view.needsDisplay()) << name;
   for (const bool expected : {true, false}) {
-    view->setNeedsDisplay(false);
-    change(*view);
-    EXPECT_EQ(view->needsDisplay(), expected);
+    view.setNeedsDisplay(false);
+    change(view);
+    EXPECT_EQ(view.needsDisplay(), expected) << name;
   }
 }
 
 TEST(AControlThatIsChanged, IsMarkedForDisplayByTheFirstChangeOnly) {
-  const auto picture = std::make_shared<const NSImage>();
+  const auto font = NSFont::systemFontOfSize(15);
   expectMarkedByTheFirst<NSTextField>("text", [](auto& field) { field.setStringValue("♫"); });
-  expectMarkedByTheFirst<NSButton>("title", [](auto& button) { button.setTitle("▶"); });
   expectMarkedByTheFirst<NSButton>("enabled", [](auto& button) { button.setEnabled(false); });
   expectMarkedByTheFirst<NSView>("frame", [](auto& v) { v.setFrame(NSMakeRect(1, 0, 0, 0)); });
-  expectMarkedByTheFirst<NSImageView>("image", [&](auto& view) { view.setImage(picture); });
-  expectMarkedByTheFirst<NSTextView>("text", [](auto& view) { view.setString("♫"); });
-  expectMarkedByTheFirst<NSTextView>(
-      "font", [](auto& view) { view.setFont(NSFont::systemFontOfSize(15)); });
-  expectMarkedByTheFirst<NSTextView>("alignment",
-                                     [](auto& view) { view.setAlignment(NSTextAlignmentCenter); });
+  expectMarkedByTheFirst<NSTextView>("lyrics", [](auto& view) { view.setString("♫"); });
+  expectMarkedByTheFirst<NSTextView>("font", [&](auto& view) { view.setFont(font); });
   expectMarkedByTheFirst<NSSlider>("value", [](auto& slider) { slider.setIntegerValue(1); });
   expectMarkedByTheFirst<NSSlider>("range", [](auto& slider) { slider.setMaxValue(100); });
-  expectMarkedByTheFirst<NSProgressIndicator>("value", [](auto& b) { b.setDoubleValue(5); });
-  expectMarkedByTheFirst<NSProgressIndicator>("range", [](auto& b) { b.setMaxValue(5); });
+  expectMarkedByTheFirst<NSProgressIndicator>("end", [](auto& bar) { bar.setMaxValue(5); });
 }
 
 TEST(ALevelIndicator, IsMarkedForDisplayWhenItsCellChanges) {
@@ -122,45 +113,53 @@ TEST(ALevelIndicator, IsMarkedForDisplayWhenItsCellChanges) {
 
 TEST(AButton, SendsItsActionWhenClickedAndEnabled) {
   NSButton button;
-  int clicks = 0;
   button.performClick();
+  int clicks = 0;
   button.setAction([&](NSControl& sender) {
-    EXPECT_EQ(&sender, &button);
     sender.setAction(nullptr);  // An action may take itself away.
     ++clicks;
   });
-  button.setEnabled(false);
-  button.performClick();
-  EXPECT_EQ(clicks, 0);
-  button.setEnabled(true);
-  button.performClick();
-  EXPECT_EQ(clicks, 1);
+  for (const bool enabled : {false, true}) {
+    button.setEnabled(enabled);
+    button.performClick();
+    EXPECT_EQ(clicks, enabled ? 1 : 0);
+  }
   EXPECT_FALSE(button.sendAction());
 }
 
-class AControlOfAnInterfaceFile : public testing::Test {
- protected:
-  FixedTextMeasurer measurer_;
-  FixedFontFinder fonts_{"Installed"};
-  NSCoder coder_{"Some.xib:1", measurer_, fonts_};
-};
+class AControlOfAnInterfaceFile : public testing::Test, protected InterfaceElement {};
 
 TEST_F(AControlOfAnInterfaceFile, TakesItsRangeAndValueFromItsCell) {
-  auto& cell = coder_.encodeChild("cell", "Some.xib:2");
+  auto& cell = coder.encodeChild("cell", "Some.xib:2");
   cell.encodeString("maxValue", "5");
   cell.encodeString("doubleValue", "9");
-  EXPECT_EQ(NSLevelIndicator(coder_).integerValue(), 5);
+  EXPECT_EQ(NSLevelIndicator(coder).integerValue(), 5);
+}
+
+TEST_F(AControlOfAnInterfaceFile, TakesItsColourByNameOrByItsParts) {
+  using Attributes = std::vector<std::pair<const char*, const char*>>;
+  const std::vector<std::pair<Attributes, NSColor>> rows{
+      {{{"name", "lightGrayColor"}, {"white", "1"}}, NSColor::lightGrayColor()},
+      {{{"name", "labelColor"}}, NSColor::labelColor()},
+      {{{"white", "0.5"}, {"alpha", "0.25"}, {"red", "1"}}, {0.5, 0.5, 0.5, 0.25}},
+      {{{"red", "0.1"}, {"green", "0.2"}, {"blue", "0.3"}}, {0.1, 0.2, 0.3, 1}}};
+  EXPECT_EQ(NSTextField(coder).textColor(), NSColor::labelColor());
+  for (const auto& [attributes, expected] : rows) {
+    auto& color = coder.encodeChild("textColor", "Some.xib:2");
+    for (const auto& [key, value] : attributes) color.encodeString(key, value);
+    EXPECT_EQ(NSTextField(coder).textColor(), expected) << attributes[0].second;
+  }
 }
 
 TEST_F(AControlOfAnInterfaceFile, FallsBackWhereAFontIsMissingAndRefusesUnknownWords) {
-  auto& font = coder_.encodeChild("font", "Some.xib:2");
-  font.encodeString("name", "Installed");
+  auto& font = coder.encodeChild("font", "Some.xib:2");
+  font.encodeString("name", "Helvetica Neue");
   font.encodeString("size", "15");
-  EXPECT_EQ(NSTextField(coder_).font()->pointSize(), 15);
+  EXPECT_EQ(NSTextField(coder).font()->pointSize(), 15);
   font.encodeString("name", "Missing");
-  EXPECT_EQ(NSTextField(coder_).font(), nullptr);
-  coder_.encodeString("alignment", "centre");
-  EXPECT_THROW(NSTextField{coder_}, std::runtime_error);
+  EXPECT_EQ(NSTextField(coder).font(), nullptr);
+  coder.encodeString("alignment", "centre");
+  EXPECT_THROW(NSTextField{coder}, std::runtime_error);
 }
 
 }  // namespace

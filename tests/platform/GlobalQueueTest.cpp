@@ -1,8 +1,6 @@
 #include <atomic>
-#include <future>
 #include <optional>
 #include <thread>
-#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -14,61 +12,43 @@
 namespace Corvella {
 namespace {
 
-/// A queue of four threads, with blocks that run until told to end.
 class AGlobalQueue : public testing::Test {
  protected:
-  std::atomic<int> running_ = 0;
-  std::atomic<bool> mayEnd_ = false;
   std::optional<GlobalQueue> queue_{1};
-
-  void TearDown() override { letLongBlocksEnd(); }
-
-  void enqueueLongBlock() {
-    dispatch_async(*queue_, [this] {
-      ++running_;
-      mayEnd_.wait(false);
-      --running_;
-    });
-  }
-  void letLongBlocksEnd() {
-    mayEnd_ = true;
-    mayEnd_.notify_all();
-  }
 };
 
-TEST_F(AGlobalQueue, IsCurrentWithinItsBlocksOnly) {
-  GlobalQueue other;
-  std::promise<std::pair<bool, bool>> current;
-
-  dispatch_async(*queue_, [&] { current.set_value({queue_->isCurrent(), other.isCurrent()}); });
-
-  EXPECT_EQ(current.get_future().get(), std::pair(true, false));
-  EXPECT_FALSE(queue_->isCurrent());
-  queue_.reset();  // The promise is in use until the block has ended.
-}
-
-TEST_F(AGlobalQueue, RunsEveryBlockOfEveryThreadOnce) {
+TEST_F(AGlobalQueue, RunsEveryBlockOfEveryThreadOnceAndIsCurrentWithinThemOnly) {
   constexpr int blocks = 500;
+  GlobalQueue other;
   std::atomic<int> runs = 0;
   std::vector<std::thread> senders;
-  senders.reserve(4);
   for (int i = 0; i < 4; ++i) {
-    senders.emplace_back([&] {
-      for (int k = 0; k < blocks; ++k) dispatch_async(*queue_, [&] { ++runs; });
+    senders.emplace_back([&, &queue = *queue_] {
+      for (int k = 0; k < blocks; ++k) {
+        dispatch_async(queue, [&] { runs += queue.isCurrent() && !other.isCurrent() ? 1 : 0; });
+      }
     });
   }
   for (auto& sender : senders) sender.join();
-
   EXPECT_TRUE(eventually([&] { return runs >= 4 * blocks; }));
+  EXPECT_FALSE(queue_->isCurrent());
   queue_.reset();
   EXPECT_EQ(runs, 4 * blocks);
 }
 
 TEST_F(AGlobalQueue, RunsFourBlocksAtATimeAndEndsWhenThoseHaveEndedWithoutTheWaitingOnes) {
+  std::atomic<int> running = 0;
+  std::atomic<bool> mayEnd = false;
   std::atomic<bool> ran = false;
   std::atomic<bool> refused = false;
-  for (int i = 0; i < 4; ++i) enqueueLongBlock();
-  ASSERT_TRUE(eventually([&] { return running_ == 4; }));
+  for (int i = 0; i < 4; ++i) {
+    dispatch_async(*queue_, [&] {
+      ++running;
+      mayEnd.wait(false);
+      --running;
+    });
+  }
+  EXPECT_TRUE(eventually([&] { return running == 4; }));
   const auto useAgain = [&, &queue = *queue_] {
     dispatch_async(queue, [&, held = atItsEnd([&] { refused = true; })] { ran = true; });
   };
@@ -76,10 +56,11 @@ TEST_F(AGlobalQueue, RunsFourBlocksAtATimeAndEndsWhenThoseHaveEndedWithoutTheWai
 
   std::thread ending([&] { queue_.reset(); });
   EXPECT_TRUE(eventually([&] { return refused.load(); }));
-  letLongBlocksEnd();
+  mayEnd = true;
+  mayEnd.notify_all();
   ending.join();
 
-  EXPECT_EQ(running_, 0);
+  EXPECT_EQ(running, 0);
   EXPECT_FALSE(ran);
 }
 

@@ -51,16 +51,6 @@ TEST(ADescriptor, ReadsAsTextAndAsNumber) {
   }
 }
 
-TEST(AListDescriptor, CountsItsItemsFromOne) {
-  const auto list = Descriptor::listDescriptor(
-      {Descriptor::descriptorWithInt32(10), Descriptor::descriptorWithInt32(20)});
-  EXPECT_EQ(list.descriptorAtIndex(0), nullptr);
-  ASSERT_NE(list.descriptorAtIndex(2), nullptr);
-  EXPECT_EQ(list.descriptorAtIndex(1)->int32Value(), 10);
-  EXPECT_EQ(list.descriptorAtIndex(3), nullptr);
-  EXPECT_EQ(Descriptor::descriptorWithInt32(1).descriptorAtIndex(1), nullptr);
-}
-
 TEST(ErrorInformation, IsOneLineWhateverItHolds) {
   const NSAppleScriptErrorInformation error{
       .number = -600, .message = "a\nb", .briefMessage = "\"q\"\\\x7f", .appName = "Plåyer"};

@@ -4,68 +4,47 @@
 #include <gtest/gtest.h>
 
 #include "platform/appkit/NSTextView.h"
-#include "tests/support/FixedFontFinder.h"
-#include "tests/support/FixedTextMeasurer.h"
+#include "tests/support/InterfaceElement.h"
 
 namespace {
 
-class ATextViewOfAnInterfaceFile : public testing::Test {
- protected:
-  static NSCoder coder(const FixedTextMeasurer& measurer, const FixedFontFinder& fonts) {
-    NSCoder coder("Some.xib:1", measurer, fonts);
-    coder.encodeChild("frame", "Some.xib:2").encodeString("width", "100");
-    return coder;
-  }
-
-  double layOut() {
-    view_.layoutManager()->ensureLayoutForTextContainer(*view_.textContainer());
-    return usedHeight();
-  }
-  double usedHeight() const {
-    return view_.layoutManager()->usedRectForTextContainer(*view_.textContainer()).size.height;
-  }
-
-  int measurementsOfTwoReadings() {
-    const int before = measurer_.measurements();
-    layOut();
-    layOut();
-    return measurer_.measurements() - before;
-  }
-
-  FixedTextMeasurer measurer_;
-  FixedFontFinder fonts_{"Helvetica Neue"};
-  NSTextView view_{coder(measurer_, fonts_)};
+struct ChangeRow {
+  std::function<void()> change;
+  int measurements;  ///< How often the text is measured until its layout is known.
+  int lines;
 };
 
-TEST_F(ATextViewOfAnInterfaceFile, MeasuresOnceUntilItsTextFontOrWidthChanges) {
-  const auto font = [&](double size) {
-    return NSFont::fontWithName("Helvetica Neue", size, fonts_);
+class ATextViewOfAnInterfaceFile : public testing::Test, protected InterfaceElement {};
+
+TEST_F(ATextViewOfAnInterfaceFile, MeasuresWhenAskedAndOnceUntilItsTextFontOrWidthChanges) {
+  NSTextView view(coder);
+  auto& layoutManager = *view.layoutManager();
+  const auto& container = *view.textContainer();
+  const auto changeFont = [&](double size) {
+    view.setFont(NSFont::fontWithName("Helvetica Neue", size, fonts));
   };
-  EXPECT_EQ(measurementsOfTwoReadings(), 1);
-  const std::vector<std::function<void()>> changes{
-      [&] { view_.setString("eleven char"); }, [&] { view_.setFont(font(15)); },
-      [&] { view_.setFont(font(16)); }, [&] { view_.setFrameSize({.width = 50, .height = 0}); }};
-  for (const auto& change : changes) {
+  view.setFrame(NSMakeRect(0, 0, 100, 0));
+  const std::vector<ChangeRow> rows{
+      {[&] { view.setString("eleven char"); }, 1, 2},
+      {[&] { changeFont(15); }, 1, 2},
+      {[&] { changeFont(16); }, 1, 2},
+      {[&] { view.setFrameSize({.width = 50, .height = 0}); }, 1, 3},
+      {[&] { view.setString("eleven char"); }, 0, 3},
+      {[&] { changeFont(16); }, 0, 3},
+      {[&] { view.setFrameSize({.width = 50, .height = 500}); }, 0, 3},
+      {[&] { view.setAlignment(NSTextAlignmentCenter); }, 0, 3},
+      {[&] { view.setTextColor(NSColor::lightGrayColor()); }, 0, 3}};
+  for (const auto& [change, measurements, lines] : rows) {
+    const int before = measurer.measurements();
     change();
-    EXPECT_EQ(measurementsOfTwoReadings(), 1);
+    const bool isLaidOut = layoutManager.usedRectForTextContainer(container).size.height > 0;
+    EXPECT_EQ(isLaidOut, measurements == 0);
+    EXPECT_EQ(measurer.measurements(), before);
+    for (int i = 0; i < 2; ++i) layoutManager.ensureLayoutForTextContainer(container);
+    EXPECT_EQ(measurer.measurements(), before + measurements);
+    EXPECT_EQ(layoutManager.usedRectForTextContainer(container).size.height,
+              lines * FixedTextMeasurer::lineHeight);
   }
-
-  view_.setString("eleven char");
-  view_.setFont(font(16));
-  view_.setFrameSize({.width = 50, .height = 500});
-  view_.setAlignment(NSTextAlignmentCenter);
-  view_.setTextColor(NSColor::lightGrayColor());
-  EXPECT_EQ(measurementsOfTwoReadings(), 0);
-}
-
-TEST_F(ATextViewOfAnInterfaceFile, LaysOutOnlyWhenAskedAndBreaksItsLinesAtItsNewWidth) {
-  view_.setString("eleven char");
-  EXPECT_EQ(measurer_.measurements(), 0);
-  EXPECT_EQ(usedHeight(), 0);
-  EXPECT_EQ(layOut(), 2 * FixedTextMeasurer::lineHeight);
-  view_.setFrame(NSMakeRect(0, 0, 110, 0));
-  EXPECT_EQ(usedHeight(), 0);
-  EXPECT_EQ(layOut(), FixedTextMeasurer::lineHeight);
 }
 
 }  // namespace

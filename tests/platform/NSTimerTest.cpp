@@ -102,12 +102,12 @@ struct Target {
   ~Target() { timer->invalidate(); }
 };
 
-class ATimerAtItsEnd : public ATimer {
- protected:
-  enum class By { Holder, BlockBefore, TickAtTheSameTime, OwnTick, OnlyTick, LoopsEnd };
+enum class By { Holder, BlockBefore, TickAtTheSameTime, LoopsEnd, OwnTick, OnlyTick };
 
-  /// How often a timer ticks that ends like that.
-  int ticksUntilItsEnd(By end) {
+TEST_F(ATimer, NeverFiresAgainAndReleasesItsTargetAtItsEnd) {
+  for (const auto end : {By::Holder, By::BlockBefore, By::TickAtTheSameTime, By::LoopsEnd,
+                         By::OwnTick, By::OnlyTick}) {
+    SCOPED_TRACE(static_cast<int>(end));
     loop_.emplace(clock_);
     auto target = std::make_shared<Target>();
     const std::weak_ptr<Target> weakTarget = target;
@@ -115,34 +115,26 @@ class ATimerAtItsEnd : public ATimer {
       if (by == end) weakTarget.lock()->timer->invalidate();
     };
     int ticks = 0;
-    schedule(
-        1s, [&](NSTimer&) { invalidateBy(By::TickAtTheSameTime); }, false);
     const auto tick = [&](NSTimer& timer) {
       ++ticks;
       EXPECT_TRUE(timer.isValid());
       invalidateBy(By::OwnTick);
       EXPECT_FALSE(weakTarget.expired());
     };
-    target->timer = schedule(
-        1s, [tick, target](NSTimer& timer) { tick(timer); }, end != By::OnlyTick);
+    const auto other = [&](NSTimer&) { invalidateBy(By::TickAtTheSameTime); };
+    schedule(1s, other, false);
+    NSTimer::TargetAction action = [tick, target](NSTimer& timer) { tick(timer); };
+    target->timer = schedule(1s, std::move(action), end != By::OnlyTick);
     target.reset();
     dispatch_async(loop_->mainQueue(), [&] { invalidateBy(By::BlockBefore); });
 
     invalidateBy(By::Holder);
     if (end == By::LoopsEnd) loop_.reset();
     if (loop_) turnAfter(1s);
-
     EXPECT_TRUE(weakTarget.expired());
     if (loop_) turnAfter(1s);
-    return ticks;
+    EXPECT_EQ(ticks, end == By::OwnTick || end == By::OnlyTick ? 1 : 0);
   }
-};
-
-TEST_F(ATimerAtItsEnd, NeverFiresAgainAndReleasesItsTarget) {
-  for (const auto end : {By::Holder, By::BlockBefore, By::TickAtTheSameTime, By::LoopsEnd}) {
-    EXPECT_EQ(ticksUntilItsEnd(end), 0);
-  }
-  for (const auto end : {By::OwnTick, By::OnlyTick}) EXPECT_EQ(ticksUntilItsEnd(end), 1);
 }
 
 }  // namespace

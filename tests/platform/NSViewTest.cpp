@@ -5,49 +5,41 @@
 #include <string_view>
 #include <vector>
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include "platform/appkit/NSButton.h"
 #include "platform/appkit/NSView.h"
 #include "platform/appkit/NSViewController.h"
-#include "tests/support/FixedFontFinder.h"
-#include "tests/support/FixedTextMeasurer.h"
+#include "tests/support/InterfaceElement.h"
 
 namespace {
 
 struct ResizeRow {
-  const char* name;
   unsigned mask;
-  NSRect frame;
-  NSRect expected;
+  NSRect before;
+  NSRect after;
 };
 
 // The superview grows from 320 x 285 to 350 x 405.
 TEST(ASubviewOfAGrowingView, FollowsByItsAutoresizingMask) {
+  const auto margins = NSViewMinXMargin | NSViewMaxXMargin | NSViewMinYMargin;
+  const auto frame = NSMakeRect(10, 20, 30, 40);
   const std::vector<ResizeRow> rows{
-      {"keeps its distance from the top right", NSViewMinXMargin | NSViewMinYMargin,
-       NSMakeRect(10, 20, 30, 40), NSMakeRect(40, 140, 30, 40)},
-      {"keeps its distance from the bottom left", NSViewMaxXMargin | NSViewMaxYMargin,
-       NSMakeRect(10, 20, 30, 40), NSMakeRect(10, 20, 30, 40)},
-      {"lyrics of no height take the whole change", NSViewWidthSizable | NSViewHeightSizable,
-       NSMakeRect(20, 0, 280, 0), NSMakeRect(20, 0, 310, 120)},
-      {"stays centred", NSViewMinXMargin | NSViewMaxXMargin, NSMakeRect(145, 20, 30, 40),
-       NSMakeRect(160, 20, 30, 40)},
-      {"shares among three",
-       NSViewMinXMargin | NSViewWidthSizable | NSViewMaxXMargin | NSViewMinYMargin |
-           NSViewHeightSizable,
-       NSMakeRect(10, 20, 30, 40), NSMakeRect(20, 80, 40, 100)}};
-  for (const auto& [name, mask, frame, expected] : rows) {
+      {NSViewMinXMargin | NSViewMinYMargin, frame, NSMakeRect(40, 140, 30, 40)},
+      {NSViewMaxXMargin | NSViewMaxYMargin, frame, frame},
+      {NSViewWidthSizable | NSViewHeightSizable, NSMakeRect(20, 0, 280, 0),
+       NSMakeRect(20, 0, 310, 120)},
+      {NSViewMinXMargin | NSViewMaxXMargin, frame, NSMakeRect(25, 20, 30, 40)},
+      {margins | NSViewWidthSizable | NSViewHeightSizable, frame, NSMakeRect(20, 80, 40, 100)}};
+  for (const auto& [mask, before, after] : rows) {
     const auto root = std::make_shared<NSView>(NSMakeRect(0, 0, 320, 285));
-    const auto view = std::make_shared<NSView>(frame);
+    const auto view = std::make_shared<NSView>(before);
     view->setAutoresizingMask(mask);
     root->addSubview(view);
-
     root->setFrameSize({.width = 350, .height = 405});
-    EXPECT_EQ(view->frame(), expected) << name;
-
+    EXPECT_EQ(view->frame(), after) << "mask " << mask;
     root->setFrameSize({.width = 320, .height = 285});
-    EXPECT_EQ(view->frame(), frame) << name;
+    EXPECT_EQ(view->frame(), before) << "mask " << mask;
   }
 }
 
@@ -62,40 +54,29 @@ TEST(AView, ResizesTheViewsWithinItsSubviewsToo) {
   const auto root = std::make_shared<NSView>(NSMakeRect(0, 0, 100, 100));
   const auto box = std::make_shared<NSView>(NSMakeRect(0, 0, 100, 50));
   const auto inner = std::make_shared<NSView>(NSMakeRect(0, 0, 100, 10));
-  box->setAutoresizingMask(NSViewWidthSizable);
-  inner->setAutoresizingMask(NSViewWidthSizable);
   root->addSubview(box);
   box->addSubview(inner);
+  for (const auto& view : {box, inner}) view->setAutoresizingMask(NSViewWidthSizable);
   inner->setNeedsDisplay(false);
-
   root->setFrameSize({.width = 130, .height = 100});
-
   EXPECT_EQ(inner->frame().size.width, 130);
   EXPECT_TRUE(inner->needsDisplay());
-  EXPECT_EQ(inner->superview(), box);
 }
 
-TEST(AViewOfAnInterfaceFile, TakesItsPlaceAndMaskAndRefusesWhatIsNoNumber) {
-  const FixedTextMeasurer measurer;
-  const FixedFontFinder fonts;
-  NSCoder coder("Some.xib:7", measurer, fonts);
+class AViewOfAnInterfaceFile : public testing::Test, protected InterfaceElement {};
+
+TEST_F(AViewOfAnInterfaceFile, TakesItsPlaceAndMaskAndRefusesWhatIsNoNumber) {
   auto& frame = coder.encodeChild("frame", "Some.xib:8");
   for (const char* const key : {"x", "y", "width", "height"}) frame.encodeString(key, "12.5");
   coder.encodeChild("autoresizingMask", "Some.xib:9").encodeString("heightSizable", "YES");
   coder.encodeChild("cell", "Some.xib:10").encodeString("enabled", "NO");
   const NSButton button(coder);
   EXPECT_EQ(button.frame(), NSMakeRect(12.5, 12.5, 12.5, 12.5));
-  EXPECT_EQ(button.autoresizingMask(), NSViewHeightSizable);
   EXPECT_FALSE(button.isEnabled());
-
-  for (const char* const text : {"", "12pt", "inf", "nan", "1e999"}) {
+  for (const std::string text : {"", "12pt", "inf", "nan", "1e999", "-1"}) {
     frame.encodeString("width", text);
-    try {
-      const NSButton unreadable(coder);
-      ADD_FAILURE() << "took \"" << text << '"';
-    } catch (const std::runtime_error& error) {
-      EXPECT_EQ(error.what(), "Some.xib:8: width: is not a number: \"" + std::string(text) + "\"");
-    }
+    EXPECT_THAT([&] { NSButton{coder}; }, testing::ThrowsMessage<std::runtime_error>(
+                                              "Some.xib:8: width cannot be '" + text + "'"));
   }
 }
 
@@ -111,31 +92,29 @@ class FakeLoader final : public NSInterfaceLoader {
   mutable int loads = 0;
 };
 
-TEST(AViewController, LoadsItsViewOnceWhenItIsFirstAskedForAndRefusesAFileWithoutOne) {
-  FakeLoader loader;
-  NSViewController controller(loader);
-  EXPECT_THROW(controller.view(), std::runtime_error);
-  EXPECT_FALSE(controller.isViewLoaded());
+class AViewController : public testing::Test {
+ protected:
+  FakeLoader loader_;
+  NSViewController controller_{loader_};
+};
 
-  loader.root = std::make_shared<NSView>();
-  EXPECT_EQ(controller.view(), loader.root);
-  EXPECT_EQ(controller.view(), loader.root);
-  EXPECT_EQ(loader.loads, 2);
+TEST_F(AViewController, LoadsItsViewOnceWhenItIsFirstAskedForAndRefusesAFileWithoutOne) {
+  EXPECT_THROW(controller_.view(), std::runtime_error);
+  EXPECT_FALSE(controller_.isViewLoaded());
+  loader_.root = std::make_shared<NSView>();
+  for (int i = 0; i < 2; ++i) EXPECT_EQ(controller_.view(), loader_.root);
+  EXPECT_EQ(loader_.loads, 2);
 }
 
-TEST(AViewController, TellsTheHostOfEachNewPreferredSizeOnce) {
-  const FakeLoader loader;
-  NSViewController controller(loader);
+TEST_F(AViewController, TellsTheHostOfEachNewPreferredSizeOnce) {
   std::vector<NSSize> told;
-  controller.setPreferredContentSizeObserver([&](NSSize size) {
-    EXPECT_EQ(controller.preferredContentSize(), size);
+  controller_.setPreferredContentSizeObserver([&](NSSize size) {
+    EXPECT_EQ(controller_.preferredContentSize(), size);
     told.push_back(size);
   });
-  controller.setPreferredContentSize({.width = 320, .height = 285});
-  controller.setPreferredContentSize({.width = 320, .height = 285});
-  controller.setPreferredContentSize(
-      {.width = 320, .height = std::numeric_limits<double>::infinity()});
-  controller.setPreferredContentSize({.width = 320, .height = -1});
+  for (const double height : {285.0, 285.0, std::numeric_limits<double>::infinity(), -1.0}) {
+    controller_.setPreferredContentSize({.width = 320, .height = height});
+  }
   EXPECT_EQ(told, (std::vector<NSSize>{{.width = 320, .height = 285}, {.width = 320}}));
 }
 

@@ -3,6 +3,7 @@
 #include <string>
 #include <thread>
 #include <utility>
+#include <variant>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -20,7 +21,7 @@ using enum PlaybackRequest;
 using enum PlayerState;
 
 // Not a whole number of rounds of any list here.
-constexpr auto aWhile = 3'607s;
+constexpr auto kAWhile = 3'607s;
 
 EmbeddedTrack track(const std::string& name, microseconds finish, const std::string& cover = "") {
   return {Track{name, "artist", "album", "lyrics of " + name, 20, finish}, cover};
@@ -41,23 +42,28 @@ class AnEmbeddedPlayer : public testing::Test {
   }
 };
 
+/// Time that passes, or what the player is asked for.
+using Step = std::variant<Clock::TimePoint::duration, PlaybackRequest>;
+
 struct Story {
   std::string name;
-  Clock::TimePoint::duration before;
-  std::vector<PlaybackRequest> requests;
-  Clock::TimePoint::duration after;
+  std::vector<Step> steps;
   std::string track;
   microseconds position;
-  PlayerState state;
+  PlayerState state = Playing;
 };
 
 class AnEmbeddedPlayerInTheCourseOfTime : public AnEmbeddedPlayer,
                                           public testing::WithParamInterface<Story> {};
 
 TEST_P(AnEmbeddedPlayerInTheCourseOfTime, IsWhereClockAndRequestsPutIt) {
-  clock_.advance(GetParam().before);
-  for (const auto request : GetParam().requests) EXPECT_TRUE(player_.perform(request));
-  clock_.advance(GetParam().after);
+  for (const auto& step : GetParam().steps) {
+    if (const auto* request = std::get_if<PlaybackRequest>(&step)) {
+      EXPECT_TRUE(player_.perform(*request));
+    } else {
+      clock_.advance(std::get<Clock::TimePoint::duration>(step));
+    }
+  }
 
   expectAt(GetParam().track, GetParam().position);
   EXPECT_EQ(*player_.playerState(), GetParam().state);
@@ -66,31 +72,20 @@ TEST_P(AnEmbeddedPlayerInTheCourseOfTime, IsWhereClockAndRequestsPutIt) {
 INSTANTIATE_TEST_SUITE_P(
     Stories, AnEmbeddedPlayerInTheCourseOfTime,
     testing::Values(
-        Story{"JustBeforeAnEnd", 10s - 1us, {}, 0s, "A", 10s - 1us, Playing},
-        Story{"AtAnEnd", 10s, {}, 0s, "B", 0s, Playing},
-        Story{"PastSeveralEnds", 31s, {}, 0s, "C", 1s, Playing},
-        Story{"PastTheLastEnd", 64s, {}, 0s, "A", 4s, Playing},
-        Story{"DaysAsleep", 24h * 9 + 35s, {}, 0s, "C", 5s, Playing},
-        Story{"DaysAsleepAfterASkip", 4s, {Next}, 24h + 55s, "A", 5s, Playing},
-        Story{"PausedJustBeforeAnEnd", 10s - 1us, {Pause, Pause}, aWhile, "A", 10s - 1us, Paused},
-        Story{"PausedAtAnEnd", 10s, {Pause}, aWhile, "B", 0s, Paused},
-        Story{"PlayedAgain", 4s, {Pause, Play, Play}, 1s, "A", 5s, Playing},
-        Story{"Forward", 4s, {Next}, 1s, "B", 1s, Playing},
-        Story{"ForwardPastTheLast", 4s, {Next, Next, Next}, 1s, "A", 1s, Playing},
-        Story{"ForwardWhilePaused", 4s, {Pause, Next}, aWhile, "B", 0s, Paused},
-        Story{"BackPastTheFirst", 4s, {Previous}, 1s, "C", 1s, Playing},
-        Story{"BackFromTheMiddleOfATrack", 20s, {Previous}, 0s, "A", 0s, Playing},
-        Story{"BackWhilePaused", 4s, {Pause, Previous}, aWhile, "C", 0s, Paused}),
+        Story{"JustBeforeAnEnd", {10s - 1us}, "A", 10s - 1us}, Story{"AtAnEnd", {10s}, "B", 0s},
+        Story{"PastSeveralEnds", {31s}, "C", 1s}, Story{"PastTheLastEnd", {64s}, "A", 4s},
+        Story{"DaysAsleep", {24h * 9 + 35s}, "C", 5s},
+        Story{"DaysAsleepAfterASkip", {4s, Next, 24h + 55s}, "A", 5s},
+        Story{"PausedBeforeAnEnd", {10s - 1us, Pause, Pause, kAWhile}, "A", 10s - 1us, Paused},
+        Story{"PausedAtAnEnd", {10s, Pause, kAWhile}, "B", 0s, Paused},
+        Story{"PlayedAgain", {4s, Pause, kAWhile, Play, Play, 1s}, "A", 5s},
+        Story{"Forward", {4s, Next, 1s}, "B", 1s},
+        Story{"ForwardPastTheLast", {4s, Next, Next, Next, 1s}, "A", 1s},
+        Story{"ForwardWhilePaused", {4s, Pause, Next, kAWhile}, "B", 0s, Paused},
+        Story{"BackPastTheFirst", {4s, Previous, 1s}, "C", 1s},
+        Story{"BackFromTheMiddleOfATrack", {20s, Previous}, "A", 0s},
+        Story{"BackWhilePaused", {4s, Pause, Previous, kAWhile}, "C", 0s, Paused}),
     rowName);
-
-TEST_F(AnEmbeddedPlayer, KeepsTheTimeItWasPausedOutOfThePosition) {
-  clock_.advance(4s);
-  player_.perform(Pause);
-  clock_.advance(aWhile);
-  player_.perform(Play);
-  clock_.advance(1s);
-  expectAt("A", 5s);
-}
 
 TEST_F(AnEmbeddedPlayer, LosesNoTimeToFrequentQuestions) {
   for (int question = 0; question < 1000; ++question) {
@@ -131,11 +126,15 @@ TEST_F(AnEmbeddedPlayer, ServesSeveralThreadsAtOnce) {
   const auto use = [this] {
     for (int round = 0; round < 500; ++round) {
       clock_.advance(1s);
+      player_.perform(Play);
       player_.setRatingOfCurrentTrack(round % 100);
       player_.setSoundVolume(round % 100);
+      EXPECT_LT(*player_.soundVolume(), 100);
+      EXPECT_EQ(*player_.playerState(), Playing);
       EXPECT_LT(*player_.playerPosition(), 30s);
       EXPECT_TRUE(player_.currentTrack());
-      EXPECT_FALSE(player_.artworkOfCurrentTrack());
+      EXPECT_TRUE(player_.lyricsOfCurrentTrack()->starts_with("lyrics"));
+      EXPECT_TRUE(player_.artworkOfCurrentTrack()->empty());
     }
   };
 
@@ -176,7 +175,9 @@ TEST(ArtworkOfTheEmbeddedPlayer, IsTheCurrentTracksCoverIfItHasOne) {
 
   for (const auto* without : {"B", "C"}) {
     clock.advance(1s);
-    EXPECT_EQ(player.artworkOfCurrentTrack().failure(), PlayerFailure::NoSuchObject) << without;
+    const auto nothing = player.artworkOfCurrentTrack();
+    ASSERT_TRUE(nothing) << without;
+    EXPECT_TRUE(nothing->empty()) << without;
   }
 }
 

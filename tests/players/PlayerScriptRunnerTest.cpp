@@ -41,7 +41,7 @@ class ARunner : public testing::Test {
   PlayerScriptRunner runner_{player_, shippedTargets()};
 };
 
-TEST_F(ARunner, SpellsStatesOutAndLeavesTheLengthOfAStreamOpen) {
+TEST_F(ARunner, SpellsStatesOutAndEndsAStreamAtZero) {
   for (const auto& [state, word] :
        {std::pair(PlayerState::Playing, "playing"), std::pair(PlayerState::Paused, "paused"),
         std::pair(PlayerState::Stopped, "stopped")}) {
@@ -51,7 +51,7 @@ TEST_F(ARunner, SpellsStatesOutAndLeavesTheLengthOfAStreamOpen) {
   player_.track.finish.reset();
   const auto stream =
       run("get (name, artist, album, lyrics, rating, finish) of current track").result;
-  EXPECT_EQ(stream->descriptorAtIndex(6)->stringValue(), std::nullopt);
+  EXPECT_EQ(stream->descriptorAtIndex(6)->stringValue(), "0");
 }
 
 TEST_F(ARunner, PassesCommandsOnWithinThePlayersScale) {
@@ -83,11 +83,15 @@ TEST_F(ARunner, TurnsFailuresIntoThePlatformsNumbers) {
   }
 }
 
-TEST_F(ARunner, KnowsNoOtherApplication) {
-  const auto execution = runner_.run("tell app \"Finder\" to play");
-  ASSERT_TRUE(execution.error.has_value());
-  EXPECT_EQ(execution.error->number, -1743);
-  EXPECT_EQ(execution.error->appName, "Finder");
+TEST_F(ARunner, AddressesNoOtherApplicationWhateverTheCommand) {
+  for (const auto& [command, number] :
+       {std::pair("play", -1743), std::pair("dance", -1743),
+        std::pair("tell app \"iTunes\" to running", -1743), std::pair("play (", -2741)}) {
+    const auto execution = runner_.run(std::string("tell app \"Finder\" to ") + command);
+    ASSERT_TRUE(execution.error.has_value()) << command;
+    EXPECT_EQ(execution.error->number, number) << command;
+    EXPECT_EQ(execution.error->appName, "Finder") << command;
+  }
   EXPECT_TRUE(player_.requests.empty());
 }
 
@@ -115,8 +119,11 @@ TEST(Entitlements, LimitWhatARunnerDoes) {
     EXPECT_EQ(!execution.error.has_value(), row.allowed) << row.command;
   }
   FakeMusicPlayer player;
-  PlayerScriptRunner nothing(player, ScriptingTargets());
-  EXPECT_EQ(nothing.run("tell app \"iTunes\" to running").error->number, -1743);
+  const NSPropertyList empty{NSPropertyList::Dictionary()};
+  PlayerScriptRunner nothing(player, ScriptingTargets::fromEntitlements(empty));
+  for (const auto* command : {"running", "dance"}) {
+    EXPECT_EQ(nothing.run(std::string("tell app \"iTunes\" to ") + command).error->number, -1743);
+  }
 }
 
 TEST_F(ARunner, UnderstandsEveryTextThatTheSongControllerSends) {

@@ -1,5 +1,6 @@
 #include <cstdint>
 #include <limits>
+#include <optional>
 #include <string>
 #include <thread>
 #include <utility>
@@ -18,30 +19,45 @@ using testing::ElementsAre;
 using Descriptor = NSAppleEventDescriptor;
 
 const auto text = &Descriptor::descriptorWithString;
-
-constexpr auto kStateQuery = "get player state as string";
+const auto list = &Descriptor::listDescriptor;
+const NSAppleScriptErrorInformation error = RecordingScriptRunner::errorInformation(-1728);
+const std::string errorLine = error.description() + "\n";
 
 std::string scriptOf(const std::string& command) {
   return "tell app \"iTunes\" to " + command;
 }
 
-TEST(ARequest, SendsExactlyItsOneText) {
+class AScriptController : public testing::Test {
+ protected:
+  AScriptController() { testing::internal::CaptureStdout(); }
+  ~AScriptController() override { testing::internal::GetCapturedStdout(); }
+
+  /// What has been printed since the last call.
+  static std::string printed() {
+    auto output = testing::internal::GetCapturedStdout();
+    testing::internal::CaptureStdout();
+    return output;
+  }
+
+  RecordingScriptRunner runner_;
+  AppleScriptController controller_{runner_};
+};
+
+TEST_F(AScriptController, SendsExactlyOneTextForEachRequest) {
   using enum FetchRequestType;
   using enum PlaybackRequest;
-  RecordingScriptRunner runner;
-  const AppleScriptController controller(runner);
-  controller.isRunning();
-  controller.playerState();
-  controller.fetchSongInfo();
-  for (const auto type : {Artwork, Lyrics, PlayerPosition, Rating, Volume}) controller.fetch(type);
-  for (const auto request : {Play, Pause, Previous, Next}) controller.controlPlayback(request);
-  controller.updateRating(1'000'000);
-  controller.updateRating(std::numeric_limits<std::int64_t>::min());
-  controller.updateVolume(35);
+  controller_.isRunning();
+  controller_.playerState();
+  controller_.fetchSongInfo();
+  for (const auto type : {Artwork, Lyrics, PlayerPosition, Rating, Volume}) controller_.fetch(type);
+  for (const auto request : {Play, Pause, Previous, Next}) controller_.controlPlayback(request);
+  controller_.updateRating(1'000'000);
+  controller_.updateRating(std::numeric_limits<std::int64_t>::min());
+  controller_.updateVolume(35);
 
   std::vector<std::string> expected;
   for (const auto* command :
-       {"running", kStateQuery,
+       {"running", "get player state as string",
         "get (name, artist, album, lyrics, rating, finish) of current track",
         "tell artwork 1 of the current track to raw data", "get lyrics of current track",
         "player position", "get rating", "get sound volume", "play", "pause", "previous track",
@@ -49,134 +65,75 @@ TEST(ARequest, SendsExactlyItsOneText) {
         "set rating of current track to -9223372036854775808", "set sound volume to 35"}) {
     expected.push_back(scriptOf(command));
   }
-  EXPECT_EQ(runner.scripts(), expected);
+  EXPECT_EQ(runner_.scripts(), expected);
 }
 
-TEST(RequestKinds, AreNumberedInOrder) {
-  EXPECT_EQ(hashValue(PlaybackRequest::Play), 0);
-  EXPECT_EQ(hashValue(PlaybackRequest::Next), 3);
-  EXPECT_EQ(hashValue(FetchRequestType::Artwork), 0);
-  EXPECT_EQ(hashValue(FetchRequestType::Volume), 4);
-  static_assert(sizeof(PlaybackRequest) == 1 && sizeof(FetchRequestType) == 1);
-}
-
-TEST(TheRunningQuery, IsTrueForThatWordAloneAndNeverPrints) {
-  const NSAppleScriptErrorInformation error;
-  const std::vector<std::pair<NSAppleScriptExecution, bool>> rows{
-      {{text("true"), {}}, true},
-      {{Descriptor::descriptorWithBoolean(true), error}, true},
-      {{text("True"), {}}, false},
-      {{text("true "), {}}, false},
-      {{Descriptor::listDescriptor({}), {}}, false},
-      {{}, false},
-      {{{}, error}, false}};
-  for (std::size_t row = 0; row < rows.size(); ++row) {
-    RecordingScriptRunner runner;
-    runner.answer("running", rows[row].first);
-    testing::internal::CaptureStdout();
-    EXPECT_EQ(AppleScriptController(runner).isRunning(), rows[row].second) << row;
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
-    EXPECT_THAT(runner.scripts(), ElementsAre(scriptOf("running")));
+TEST_F(AScriptController, TakesThePlayerForRunningAtOneWordAndItsStateAsItIsAndNeverPrints) {
+  const std::vector<std::pair<NSAppleScriptExecution, std::optional<std::string>>> rows{
+      {{text("true"), {}}, "true"},   {{Descriptor::descriptorWithBoolean(true), error}, "true"},
+      {{text("True"), {}}, "True"},   {{text("true "), {}}, "true "},
+      {{list({}), {}}, std::nullopt}, {{}, std::nullopt},
+      {{{}, error}, std::nullopt}};
+  for (const auto& [answer, state] : rows) {
+    runner_.answer("running", answer);
+    runner_.answer("get player state as string", answer);
+    EXPECT_EQ(controller_.isRunning(), state == "true") << state.value_or("absent");
+    EXPECT_EQ(controller_.playerState(), state);
   }
+  EXPECT_EQ(runner_.scripts().size(), 2 * rows.size());
+  EXPECT_EQ(printed(), "");
 }
 
-TEST(TheStateQuery, IsAbsentAndSilentWhenItsScriptFails) {
-  RecordingScriptRunner runner;
-  const AppleScriptController controller(runner);
-  runner.fail(kStateQuery);
-  testing::internal::CaptureStdout();
-  EXPECT_EQ(controller.playerState(), std::nullopt);
-  EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
-
-  runner.answer(kStateQuery, Descriptor::listDescriptor({}));
-  EXPECT_EQ(controller.playerState(), std::nullopt);
-  runner.answerText(kStateQuery, "Fast Forwarding");
-  EXPECT_EQ(controller.playerState(), "Fast Forwarding");
+TEST_F(AScriptController, OfAServiceThatMakesNoScriptsYieldsAbsenceWithoutAFurtherQuery) {
+  runner_.refuseToMakeScripts();
+  EXPECT_EQ(controller_.isRunning(), false);
+  EXPECT_EQ(controller_.playerState(), std::nullopt);
+  EXPECT_FALSE(controller_.fetchSongInfo().has_value());
+  EXPECT_EQ(printed(), "");
+  EXPECT_EQ(runner_.scripts().size(), 3U);
 }
 
-TEST(AScriptService, ThatMakesNoScriptsYieldsAbsenceWithoutAFurtherQuery) {
-  RecordingScriptRunner runner;
-  runner.refuseToMakeScripts();
-  const AppleScriptController controller(runner);
-  testing::internal::CaptureStdout();
-  EXPECT_EQ(controller.isRunning(), false);
-  EXPECT_EQ(controller.playerState(), std::nullopt);
-  EXPECT_FALSE(controller.fetchSongInfo().has_value());
-  controller.controlPlayback(PlaybackRequest::Play);
-  EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
-  EXPECT_EQ(runner.scripts().size(), 4U);
-}
-
-const std::string kErrorLine = RecordingScriptRunner::errorInformation(-1728).description() + "\n";
-
-TEST(AFailedScript, IsReportedOnceUnlessThePlayerIsStopped) {
-  const NSAppleScriptErrorInformation error;
+TEST_F(AScriptController, ReportsAFailedScriptOnceWithItsResultUnlessThePlayerIsStopped) {
   const std::vector<std::pair<NSAppleScriptExecution, std::string>> rows{
-      {{text("playing"), {}}, kErrorLine},
+      {{text("playing"), {}}, errorLine},
       {{text("stopped"), {}}, ""},
       {{text("stopped"), error}, ""},
-      {{text("Stopped"), {}}, kErrorLine},
-      {{{}, error}, kErrorLine}};
-  for (std::size_t row = 0; row < rows.size(); ++row) {
+      {{text("Stopped"), {}}, errorLine},
+      {{{}, error}, errorLine}};
+  for (const auto& [state, line] : rows) {
     RecordingScriptRunner runner;
-    runner.fail("get lyrics of current track");
-    runner.answer(kStateQuery, rows[row].first);
-
-    testing::internal::CaptureStdout();
-    EXPECT_FALSE(AppleScriptController(runner).fetch(FetchRequestType::Lyrics).has_value());
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), rows[row].second) << row;
-
-    EXPECT_THAT(runner.scripts(),
-                ElementsAre(scriptOf("get lyrics of current track"), scriptOf(kStateQuery)));
+    runner.answer("get lyrics of current track", {text("La"), error});
+    runner.answer("get player state as string", state);
+    const auto lyrics = AppleScriptController(runner).fetch(FetchRequestType::Lyrics);
+    EXPECT_EQ(lyrics.value_or(text("absent")).stringValue(), "La");
+    EXPECT_EQ(printed(), line);
+    EXPECT_THAT(runner.scripts(), ElementsAre(scriptOf("get lyrics of current track"),
+                                              scriptOf("get player state as string")));
   }
 }
 
-TEST(AScriptWithAResultAndAnError, YieldsTheResultAndIsReported) {
-  RecordingScriptRunner runner;
-  const AppleScriptController controller(runner);
-  runner.answer("get sound volume",
-                {Descriptor::descriptorWithInt32(40), NSAppleScriptErrorInformation()});
-  testing::internal::CaptureStdout();
-  const auto volume = controller.fetch(FetchRequestType::Volume);
-  EXPECT_NE(testing::internal::GetCapturedStdout(), "");
-  ASSERT_TRUE(volume.has_value());
-  EXPECT_EQ(volume->int32Value(), 40);
-}
-
-TEST(ADerivedController, DecidesWhichStateAFailedScriptSees) {
+TEST_F(AScriptController, AsksItsOverrideForTheStateThatAFailedScriptSees) {
   class Stopped final : public AppleScriptController {
    public:
     using AppleScriptController::AppleScriptController;
     std::optional<std::string> playerState() const override { return "stopped"; }
   };
-  RecordingScriptRunner runner;
-  runner.answerText(kStateQuery, "playing");
-  runner.fail("pause");
-  testing::internal::CaptureStdout();
-  Stopped(runner).controlPlayback(PlaybackRequest::Pause);
-  EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
-  EXPECT_THAT(runner.scripts(), ElementsAre(scriptOf("pause")));
+  runner_.fail("pause");
+  Stopped(runner_).controlPlayback(PlaybackRequest::Pause);
+  EXPECT_EQ(printed(), "");
 }
 
-TEST(TwoThreadsWithFailedScripts, NeverMixTheirLines) {
-  RecordingScriptRunner runner;
-  runner.fail("play");
-  runner.answerText(kStateQuery, "playing");
-  const AppleScriptController controller(runner);
-  constexpr int kRounds = 200;
+TEST_F(AScriptController, NeverMixesTheLinesOfTwoThreads) {
+  runner_.fail("play");
   const auto work = [&] {
-    for (int i = 0; i < kRounds; ++i) controller.controlPlayback(PlaybackRequest::Play);
+    for (int i = 0; i < 200; ++i) controller_.controlPlayback(PlaybackRequest::Play);
   };
-
-  testing::internal::CaptureStdout();
   std::thread other(work);
   work();
   other.join();
-  const auto printed = testing::internal::GetCapturedStdout();
-
   std::string expected;
-  for (int i = 0; i < 2 * kRounds; ++i) expected += kErrorLine;
-  EXPECT_EQ(printed, expected);
+  for (int i = 0; i < 400; ++i) expected += errorLine;
+  EXPECT_EQ(printed(), expected);
 }
 
 }  // namespace

@@ -1,8 +1,8 @@
 #pragma once
 
 #include <algorithm>
-#include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <deque>
 #include <functional>
 #include <map>
@@ -24,9 +24,20 @@ namespace Corvella {
 /// return. Calls are named as tests write them: "Next", "Get Position", "Set Volume", "GetAll".
 class FakeMprisPlayer {
  public:
+  class Value;
+  using Entries = std::map<std::string, Value>;
+
   /// A value of any D-Bus type, also of those that no player should send.
   class Value {
    public:
+    // Implicit, so that a test writes down what a player says as it stands: texts as "s", numbers
+    // as "x" and "d", the entries of Metadata as "a{sv}".
+    Value(const std::string& text);
+    Value(const char* text) : Value(std::string(text)) {}
+    Value(std::int64_t number) : Value(of("x", number)) {}
+    Value(double number) : Value(of("d", number)) {}
+    Value(const Entries& entries);
+
     /// Type and contents are those of sd_bus_message_append.
     template <typename... Contents>
     static Value of(const std::string& type, Contents... contents) {
@@ -34,9 +45,6 @@ class FakeMprisPlayer {
                 checkBus(sd_bus_message_append(message, type.c_str(), contents...), "a value");
               }};
     }
-    static Value text(const std::string& text);
-    /// The type of Metadata, a{sv}.
-    static Value dictionary(const std::map<std::string, Value>& entries);
 
     void appendTo(sd_bus_message* message) const { append_(message); }
     void appendAsVariantTo(sd_bus_message* message) const;
@@ -51,8 +59,6 @@ class FakeMprisPlayer {
 
   struct Behaviour {
     bool hangs = false;  ///< Answers nothing; calls pile up until it behaves otherwise.
-    /// Each call is answered, and acts, this long after it came.
-    std::chrono::milliseconds delay{0};
     std::map<std::string, std::string> errors{};  ///< What calls are answered with.
     /// The player leaves the bus for good when such a call comes, without an answer.
     std::string vanishesDuring{};
@@ -67,15 +73,18 @@ class FakeMprisPlayer {
   FakeMprisPlayer(const FakeMprisPlayer&) = delete;
   FakeMprisPlayer& operator=(const FakeMprisPlayer&) = delete;
 
-  /// Adds or changes a property, and tells nobody.
+  /// Adds or changes a property, and tells nobody. "Identity" is one of the player's root
+  /// interface, every other one of its player interface.
   void set(const std::string& property, const Value& value);
+  void setMetadata(const Entries& entries) { set("Metadata", entries); }
   /// The same for a track of that title, 215.5 seconds long, and the status.
   void show(const std::string& title, const std::string& status);
   /// Takes a property away: GetAll leaves it out, reads of it fail.
   void remove(const std::string& property);
   /// Sends PropertiesChanged for a property, with its value or as invalidated.
   void announce(const std::string& property, bool withValue = true);
-  /// From now on the player behaves like that.
+  /// From now on the player behaves like that, also towards calls that have piled up: they are
+  /// answered when this returns, unless it hangs on.
   void behave(Behaviour behaviour);
 
   /// All calls received, in order, answered or not.
@@ -86,27 +95,27 @@ class FakeMprisPlayer {
   std::vector<Write> writes();
 
  private:
-  using Clock = std::chrono::steady_clock;
   struct Request {
     BusMessage call;
     std::string method;
+    std::string interface;  ///< That of the property.
     std::string property;
-    Clock::time_point due;
     std::string name() const { return property.empty() ? method : method + " " + property; }
   };
 
   void serve();
   void receive(sd_bus_message* call);
-  void answerWhatIsDue();
+  void answerWaiting();
   void answer(const Request& request);
   void answerGet(const Request& request);
   void answerGetAll(const Request& request);
   void answerSet(const Request& request);
+  void answerSetEntry(const Request& request);
   void answerCommand(const Request& request);
 
   std::mutex mutex_;  ///< Guards all that follows but the thread, sd-bus included.
   BusConnection bus_;
-  std::map<std::string, Value> properties_;
+  Entries properties_;
   Behaviour behaviour_;
   bool vanishing_ = false;
   bool ending_ = false;

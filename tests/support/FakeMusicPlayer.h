@@ -42,6 +42,7 @@ class FakeMusicPlayer final : public MusicPlayer {
     requests.push_back(request);
     return orFailure(Done());
   }
+  PlayerDescription description() override { return {.name = "fake", .identity = "Fake"}; }
 
  private:
   template <typename Value>

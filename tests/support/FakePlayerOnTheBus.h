@@ -8,6 +8,7 @@
 #include "players/mpris/MprisPlayer.h"
 #include "tests/support/Eventually.h"
 #include "tests/support/FakeMprisPlayer.h"
+#include "tests/support/Patience.h"
 #include "tests/support/PrivateBus.h"
 #include "tests/support/ScriptedStack.h"
 
@@ -25,7 +26,13 @@ class AFakePlayerOnTheBus : public ABus {
  protected:
   AFakePlayerOnTheBus() {
     fake_.show("Title", "Playing");
-    player_ = std::make_unique<MprisPlayer>();
+    connect(patience);
+  }
+
+  /// Has the player read with such deadlines from now on.
+  void connect(const MprisDeadlines& deadlines) {
+    stack_.reset();
+    player_ = std::make_unique<MprisPlayer>("", deadlines);
     stack_ = std::make_unique<ScriptedStack>(*player_);
   }
 
@@ -37,7 +44,9 @@ class AFakePlayerOnTheBus : public ABus {
   const SongController& controller() const { return stack_->controller; }
   int errorNumber(const std::string& command) { return stack_->errorNumber(command); }
   bool eventuallyShows(const std::string& title) const {
-    return eventually([&] { return controller().songInfo().title == title; });
+    // The question whether a player runs has the current player chosen anew.
+    return eventually(
+        [&] { return controller().running() && controller().songInfo().title == title; });
   }
 
   FakeMprisPlayer fake_{bus_.address(), "fake"};

@@ -1,30 +1,30 @@
 #pragma once
 
-#include "host/ExtensionThread.h"
-#include "host/FontconfigFinder.h"
-#include "host/QtImageDecoder.h"
-#include "host/QtTextMeasurer.h"
-#include "platform/dispatch/Clock.h"
+#include "extension/ExtensionThread.h"
+#include "host/services/FontconfigFinder.h"
+#include "host/services/QtImageDecoder.h"
+#include "host/services/QtTextMeasurer.h"
 #include "platform/foundation/NSBundle.h"
+#include "tests/support/ManualClock.h"
 
 namespace Corvella {
 
-/// What the program brings to the widget, but for the scripts. Needs a Qt application.
+/// What the program brings to the widget, but for the scripts and for a clock that runs. Needs a Qt
+/// application.
 class HostParts {
  public:
   /// The parts have to outlive the services.
-  HostServices services(ScriptRunner& scripts) { return services(scripts, bundle); }
+  HostServices services() const { return services(bundle); }
   /// The same for a widget whose resources are those of another bundle.
-  HostServices services(ScriptRunner& scripts, const NSBundle& resources) {
+  HostServices services(const NSBundle& resources) const {
     return {.clock = clock,
-            .scriptRunner = scripts,
             .bundle = resources,
             .imageDecoder = decoder_,
             .fontFinder = fonts_,
             .textMeasurer = measurer_};
   }
 
-  SteadyClock clock;
+  ManualClock clock;
   NSBundle bundle{CORVELLA_RESOURCES};
 
  private:

@@ -16,8 +16,10 @@ class ManualClock final : public Clock {
   void advance(TimePoint::duration duration) { ticks_ += duration.count(); }
 
  private:
-  // Not zero: machines have been up for some odd time when a program starts.
-  std::atomic<TimePoint::rep> ticks_ = TimePoint::duration(std::chrono::seconds{123'457}).count();
+  // Ahead of every machine's clock: a loop that sleeps until a time of this one sleeps until
+  // somebody wakes it.
+  std::atomic<TimePoint::rep> ticks_ =
+      TimePoint::duration(std::chrono::seconds{1'000'000'007}).count();
 };
 
 }  // namespace Corvella

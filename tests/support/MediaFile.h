@@ -9,7 +9,7 @@
 namespace Corvella {
 
 /// The extensions of all kinds of audio files that can be made here.
-inline const std::vector<std::string> audioFormats{"mp3", "flac", "ogg", "opus", "m4a"};
+inline const std::vector<std::string> kAudioFormats{"mp3", "flac", "ogg", "opus", "m4a"};
 
 /// What players keep in the tags of a file.
 struct MediaTags {

@@ -2,7 +2,6 @@
 
 #include <csignal>
 #include <stdexcept>
-#include <system_error>
 
 #include "tests/support/Eventually.h"
 
@@ -20,10 +19,6 @@ std::string configuration(const std::string& folder) {
 }
 
 }  // namespace
-
-void checkBus(int result, const char* source) {
-  if (result < 0) throw std::system_error(-result, std::generic_category(), source);
-}
 
 BusConnection connectToBus(const std::string& address) {
   sd_bus* bus = nullptr;

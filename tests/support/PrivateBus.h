@@ -1,29 +1,15 @@
 #pragma once
 
+#include <csignal>
 #include <cstdlib>
-#include <memory>
 #include <optional>
 #include <string>
 
-#include <systemd/sd-bus.h>
-
+#include "players/mpris/bus/SdBus.h"
 #include "tests/support/Process.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace Corvella {
-
-/// Throws std::system_error, which names `source`, when `result` is a failure of sd-bus.
-void checkBus(int result, const char* source);
-
-struct BusConnectionEnd {
-  void operator()(sd_bus* bus) const { sd_bus_flush_close_unref(bus); }
-};
-using BusConnection = std::unique_ptr<sd_bus, BusConnectionEnd>;
-
-struct BusMessageEnd {
-  void operator()(sd_bus_message* message) const { sd_bus_message_unref(message); }
-};
-using BusMessage = std::unique_ptr<sd_bus_message, BusMessageEnd>;
 
 /// A connection of its own to the bus at `address`. Throws std::system_error.
 BusConnection connectToBus(const std::string& address);
@@ -42,6 +28,9 @@ class PrivateBus {
 
   /// Kills the bus under its clients.
   void stop();
+
+  /// Lets the bus hang: it takes connections and messages, and does nothing with them.
+  void freeze() { daemon_->kill(SIGSTOP); }
 
  private:
   TemporaryFolder folder_;

@@ -1,9 +1,10 @@
 #include "tests/support/Process.h"
 
-#include <array>
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
+#include <fstream>
+#include <iterator>
 #include <system_error>
 
 #include <sys/mman.h>
@@ -17,15 +18,6 @@ namespace Corvella {
 
 namespace {
 
-/// A call of env(1) becomes the command under the same process id.
-std::vector<std::string> commandIn(const std::vector<std::string>& environment,
-                                   const std::vector<std::string>& command) {
-  std::vector<std::string> whole{"env"};
-  whole.insert(whole.end(), environment.begin(), environment.end());
-  whole.insert(whole.end(), command.begin(), command.end());
-  return whole;
-}
-
 std::vector<char*> pointersTo(std::vector<std::string>& texts) {
   std::vector<char*> pointers;
   pointers.reserve(texts.size() + 1);
@@ -34,15 +26,10 @@ std::vector<char*> pointersTo(std::vector<std::string>& texts) {
   return pointers;
 }
 
+/// Opened anew, the file is read from its start, wherever the program writes just now.
 std::string contentsOf(const FileDescriptor& file) {
-  std::string text;
-  std::array<char, 4096> block{};
-  ssize_t count = 0;
-  do {
-    text.append(block.data(), static_cast<std::size_t>(count));
-    count = ::pread(file.number(), block.data(), block.size(), static_cast<off_t>(text.size()));
-  } while (count > 0);
-  return text;
+  std::ifstream stream("/proc/self/fd/" + std::to_string(file.number()));
+  return {std::istreambuf_iterator<char>(stream), {}};
 }
 
 }  // namespace
@@ -51,7 +38,9 @@ Process::Process(const std::vector<std::string>& command,
                  const std::vector<std::string>& environment)
     : output_(::memfd_create("output", MFD_CLOEXEC), "output"),
       errors_(::memfd_create("errors", MFD_CLOEXEC), "errors") {
-  auto texts = commandIn(environment, command);
+  std::vector<std::string> texts{"env"};  // It becomes the command under the same process id.
+  texts.insert(texts.end(), environment.begin(), environment.end());
+  texts.insert(texts.end(), command.begin(), command.end());
   const auto arguments = pointersTo(texts);
   const auto parent = ::getpid();
   id_ = ::fork();
@@ -84,8 +73,8 @@ void Process::kill(int signal) {
   if (running()) ::kill(id_, signal);
 }
 
-std::optional<int> Process::wait(std::chrono::milliseconds deadline) {
-  eventually([this] { return !running(); }, deadline);
+std::optional<int> Process::wait() {
+  eventually([this] { return !running(); });
   return status_;
 }
 

@@ -1,13 +1,12 @@
 #pragma once
 
-#include <chrono>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include <sys/types.h>
 
-#include "platform/posix/FileDescriptor.h"
+#include "platform/base/FileDescriptor.h"
 
 namespace Corvella {
 
@@ -28,8 +27,9 @@ class Process {
   bool running();
   /// Sends a signal; nothing when the program has ended.
   void kill(int signal);
-  /// The exit status, or 128 + the signal that ended the program; absent when it still runs.
-  std::optional<int> wait(std::chrono::milliseconds deadline = std::chrono::seconds{10});
+  /// Waits for the end: the exit status, or 128 + the signal that ended the program; absent when it
+  /// never ends.
+  std::optional<int> wait();
 
   /// All that it has written to its standard output so far.
   std::string output() const;

@@ -27,7 +27,7 @@ RealMpv::RealMpv(const std::string& address, const Options& options)
   const auto ready = [this] {
     return property("Metadata").find("mpris:length") != std::string::npos;
   };
-  eventually([&] { return ready() || !process_.running(); }, std::chrono::seconds{20});
+  eventually([&] { return ready() || !process_.running(); });
   if (!ready()) throw std::runtime_error("no mpv: " + process_.errors());
 }
 

@@ -16,7 +16,7 @@ class RealMpv {
   };
 
   /// Returns when the player has opened the first of its files. Throws std::runtime_error when it
-  /// ends before that, or takes more than 20 seconds.
+  /// never does.
   RealMpv(const std::string& address, const Options& options);
 
   /// Its name on a bus without another mpv.

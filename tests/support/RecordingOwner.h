@@ -9,34 +9,27 @@
 
 #include "platform/appkit/NSViewController.h"
 
-/// A file's owner that has every outlet, of any class, and every action, and that writes down what
-/// happens to it.
+/// A file's owner that has every outlet, of any class, and every action, but for those of the name
+/// "nonesuch", and that writes down what happens to it.
 class RecordingOwner : public NSViewController {
  public:
   using NSViewController::NSViewController;
 
-  NSOutletConnection connectOutlet(std::string_view name,
-                                   const std::shared_ptr<NSObject>& object) override {
+  bool connectOutlet(std::string_view name, const std::shared_ptr<NSObject>& object) override {
     events.push_back("outlet " + std::string(name));
     outlets[std::string(name)] = object;
-    return name == "view" ? NSViewController::connectOutlet(name, object)
-                          : NSOutletConnection::Connected;
+    if (name == "view") return NSViewController::connectOutlet(name, object);
+    return name != "nonesuch";
   }
 
-  NSOutletConnection connectAction(std::string_view, NSControl& control) override {
-    control.setAction([](NSControl&) {});
-    return NSOutletConnection::Connected;
+  bool connectAction(std::string_view selector, NSControl& control) override {
+    actions[control.identifier()] = selector;
+    return selector != "nonesuch";
   }
 
   void awakeFromNib() override { events.emplace_back("owner awake"); }
 
-  /// The object of that outlet as a `Class`; null when it is none, or nothing is connected.
-  template <class Class>
-  std::shared_ptr<Class> outlet(const std::string& name) const {
-    const auto found = outlets.find(name);
-    return found == outlets.end() ? nullptr : std::dynamic_pointer_cast<Class>(found->second);
-  }
-
   std::map<std::string, std::shared_ptr<NSObject>, std::less<>> outlets;
+  std::map<std::string, std::string> actions;  ///< The selectors, by the controls' identifiers.
   std::vector<std::string> events;
 };

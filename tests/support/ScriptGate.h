@@ -1,7 +1,7 @@
 #pragma once
 
 #include <algorithm>
-#include <condition_variable>
+#include <atomic>
 #include <cstddef>
 #include <memory>
 #include <mutex>
@@ -19,14 +19,23 @@ class ScriptGate final : public ScriptRunner {
   explicit ScriptGate(ScriptRunner& runner) : runner_(runner) {}
 
   std::unique_ptr<NSAppleScript> initWithSource(std::string source) override {
-    std::unique_lock lock(mutex_);
-    scripts_.push_back(source);
-    changed_.wait(lock, [this] { return open_; });
+    {
+      const std::lock_guard lock(mutex_);
+      scripts_.push_back(source);
+    }
+    ++held_;
+    open_.wait(false);
+    --held_;
     return runner_.initWithSource(std::move(source));
   }
 
-  void close() { setOpen(false); }
-  void open() { setOpen(true); }
+  void close() { open_ = false; }
+  void open() {
+    open_ = true;
+    open_.notify_all();
+  }
+
+  bool isHoldingScripts() const { return held_ > 0; }
 
   /// All scripts that have come, oldest first.
   std::vector<std::string> scripts() {
@@ -36,22 +45,15 @@ class ScriptGate final : public ScriptRunner {
 
   /// How many scripts have come that end like that.
   std::ptrdiff_t count(const std::string& ending) {
-    const std::lock_guard lock(mutex_);
-    return std::count_if(scripts_.begin(), scripts_.end(),
-                         [&](const std::string& script) { return script.ends_with(ending); });
+    return std::ranges::count_if(scripts(),
+                                 [&](const auto& text) { return text.ends_with(ending); });
   }
 
  private:
-  void setOpen(bool open) {
-    const std::lock_guard lock(mutex_);
-    open_ = open;
-    changed_.notify_all();
-  }
-
   ScriptRunner& runner_;
+  std::atomic<bool> open_ = true;
+  std::atomic<int> held_ = 0;
   std::mutex mutex_;
-  std::condition_variable changed_;
-  bool open_ = true;
   std::vector<std::string> scripts_;
 };
 

@@ -32,7 +32,7 @@ inline void makeTrack(const std::filesystem::path& path, const TaggedTrack& trac
   }
   command.insert(command.end(), {"-disposition:v", "attached_pic", path});
   Process ffmpeg(command);
-  if (ffmpeg.wait(std::chrono::seconds(60)) != 0) throw std::runtime_error(ffmpeg.errors());
+  if (ffmpeg.wait() != 0) throw std::runtime_error(ffmpeg.errors());
 }
 
 }  // namespace Corvella

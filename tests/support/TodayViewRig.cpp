@@ -1,13 +1,44 @@
 #include "tests/support/TodayViewRig.h"
 
+#include <QSignalSpy>
 #include <QTest>
+#include <chrono>
 #include <utility>
 
 #include <gtest/gtest.h>
 
-#include "host/TextLabel.h"
+#include "host/controls/TextLabel.h"
+#include "tests/support/Eventually.h"
 
 namespace Corvella {
+
+namespace {
+
+/// The widget whose scripts go through a gate, on a player that is what the test says.
+class SessionBehindGate final : public WidgetSession {
+ public:
+  SessionBehindGate(const HostServices& services, TodayViewRig& rig, WidgetHost& host)
+      : rig_(rig), extension_(services, rig.gate, host) {}
+
+  ExtensionThread& extension() override { return extension_; }
+  ScriptRunner& scripts() override { return rig_.gate; }
+  PlayerDescription player() const override { return rig_.description; }
+  std::vector<PlayerDescription> players() const override { return {rig_.description}; }
+  void raisePlayer() override { ++rig_.raises; }
+
+ private:
+  TodayViewRig& rig_;
+  ExtensionThread extension_;
+};
+
+}  // namespace
+
+std::unique_ptr<WidgetSession> TodayViewRig::start(WidgetHost& host,
+                                                   PlayerNewsListener& newListener) {
+  ++starts;
+  listener = &newListener;
+  return std::make_unique<SessionBehindGate>(parts_.services(), *this, host);
+}
 
 TodayViewRig::TodayViewRig(std::vector<EmbeddedTrack> tracks)
     : player(parts_.clock, parts_.bundle, std::move(tracks)) {}
@@ -19,11 +50,11 @@ void TodayViewRig::open() {
   }));
 }
 
-LyricsText* TodayViewRig::unfold() {
+LyricsView* TodayViewRig::unfold() {
   press(Qt::Key_L);
-  LyricsText* lyrics = nullptr;
+  LyricsView* lyrics = nullptr;
   waitFor([&] {
-    lyrics = find<LyricsText>("lyricsView");
+    lyrics = find<LyricsView>("lyricsView");
     return lyrics != nullptr && lyrics->height() > 0;
   });
   return lyrics;
@@ -33,13 +64,18 @@ void TodayViewRig::press(Qt::Key key) {
   QTest::keyClick(&window, key);
 }
 
+void TodayViewRig::settle() {
+  const QSignalSpy settled(&view, &TodayView::settled);
+  view.settle();
+  ASSERT_TRUE(waitFor([&] { return settled.count() > 0; }));
+}
+
 std::string TodayViewRig::text(const char* label) const {
   return find<TextLabel>(label)->text().toStdString();
 }
 
 bool TodayViewRig::waitFor(const std::function<bool()>& condition) {
-  constexpr int kMilliseconds = 20'000;
-  return QTest::qWaitFor(condition, kMilliseconds);
+  return QTest::qWaitFor(condition, longestWait / std::chrono::milliseconds{1});
 }
 
 }  // namespace Corvella

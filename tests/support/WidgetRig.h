@@ -1,9 +1,13 @@
 #pragma once
 
+#include <chrono>
+#include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <set>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -11,7 +15,6 @@
 #include "controls/SongRatingLevelIndicatorCell.h"
 #include "platform/appkit/NSInterfaceLoader.h"
 #include "platform/dispatch/RunLoop.h"
-#include "tests/support/EventLog.h"
 #include "tests/support/FakeImageDecoder.h"
 #include "tests/support/FixedFontFinder.h"
 #include "tests/support/FixedTextMeasurer.h"
@@ -22,16 +25,19 @@
 
 namespace Corvella {
 
+/// What happened, in order.
+using EventLog = std::vector<std::string>;
+
 /// A view that logs its name whenever a write changes what it shows.
 template <typename View>
 class Recorded final : public View {
  public:
   template <typename... Arguments>
-  Recorded(EventLog& log, std::string name, Arguments&&... arguments)
+  explicit Recorded(EventLog& log, std::string name, Arguments&&... arguments)
       : View(std::forward<Arguments>(arguments)...), log_(log), name_(std::move(name)) {}
 
   void setNeedsDisplay(bool needsDisplay) override {
-    if (needsDisplay) log_.add(name_);
+    if (needsDisplay) log_.push_back(name_);
     View::setNeedsDisplay(needsDisplay);
   }
 
@@ -40,15 +46,15 @@ class Recorded final : public View {
   std::string name_;
 };
 
-/// Logs its name for every block that is handed on to the queue behind it.
+/// Logs its name for every block, and hands the block on to the queue behind it.
 class RecordedQueue final : public DispatchQueue {
  public:
   RecordedQueue(EventLog& log, std::string name, DispatchQueue& queue)
       : log_(log), name_(std::move(name)), queue_(queue) {}
 
   void enqueue(std::function<void()> block) override {
-    log_.add(name_);
-    dispatch_async(queue_, std::move(block));
+    log_.push_back(name_);
+    queue_.enqueue(std::move(block));
   }
   bool isCurrent() const override { return queue_.isCurrent(); }
 
@@ -59,38 +65,46 @@ class RecordedQueue final : public DispatchQueue {
 };
 
 /// Looks at what the widget's controller keeps to itself.
-class TodayViewControllerInspector {
- public:
-  explicit TodayViewControllerInspector(TodayViewController& controller)
-      : controller_(controller) {}
+struct TodayViewControllerInspector {
+  bool& expanded() const { return controller.expanded; }
+  std::int64_t songRating() const { return controller.songRating.integerValue(); }
+  bool hasCompletionHandler() const { return controller.completionHandler != nullptr; }
+  std::shared_ptr<NSTimer> timer() const { return controller.timer; }
 
-  bool expanded() const { return controller_.expanded; }
-  void setExpanded(bool expanded) { controller_.expanded = expanded; }
-  std::int64_t songRating() const { return controller_.songRating.integerValue(); }
-  bool hasCompletionHandler() const { return controller_.completionHandler != nullptr; }
-  std::shared_ptr<NSTimer> timer() const { return controller_.timer; }
-
- private:
-  TodayViewController& controller_;
+  TodayViewController& controller;
 };
 
 /// The widget's controller among controls made by hand, services that tests drive step by step, and
-/// a log of everything that goes through either.
+/// a log of everything that goes through either. Tests read the controls through the controller's
+/// outlets.
 class WidgetRig : private NSInterfaceLoader {
  public:
+  using Widget = TodayViewController;
+
   /// The interface file connects no outlet whose name is in `absent`.
-  explicit WidgetRig(std::set<std::string> absent = {}) : absentOutlets_(std::move(absent)) {
-    scripts.setObserver([this](const std::string& text) { log.add("script: " + text); });
+  explicit WidgetRig(const std::set<std::string>& absent = {}) {
+    scripts.setObserver([this](const std::string& text) { log.push_back("script: " + text); });
     controller->setPreferredContentSizeObserver([this](NSSize size) {
-      log.add("size " + std::to_string(static_cast<int>(size.width)) + " x " +
-              std::to_string(static_cast<int>(size.height)));
+      log.push_back("height " + std::to_string(static_cast<int>(size.height)));
     });
-    songRatingIndicator->setMaxValue(5);
-    songRatingCell->setControlView(cellView);
-    soundVolume->setMaxValue(100);
-    lyricsView->setLayoutManager(std::make_shared<NSLayoutManager>(measurer));
+    add<NSImageView>("albumArtView");
+    add<NSTextField>("songTitle");
+    add<NSTextField>("songArtistAndAlbum");
+    add<NSLevelIndicator>("songRatingIndicator")->setMaxValue(5);
+    const auto cell =
+        std::make_shared<SongRatingLevelIndicatorCell>(NSCoder("cell", measurer, fonts));
+    cell->setControlView(cellView);
+    outlets["songRatingCell"] = cell;
+    add<NSButton>("playButton");
+    add<NSSlider>("soundVolume")->setMaxValue(100);
+    add<NSProgressIndicator>("progressBar");
+    add<NSButton>("toggleLyricsButton");
+    add<LyricsTextView>("lyricsView", NSMakeRect(0, 0, 300, 0),
+                        std::make_shared<NSTextContainer>(300))
+        ->setLayoutManager(std::make_shared<NSLayoutManager>(measurer));
+    for (const auto& name : absent) outlets.erase(name);
     controller->view();
-    log.take();
+    log.clear();
   }
 
   static constexpr auto kSong =
@@ -100,6 +114,9 @@ class WidgetRig : private NSInterfaceLoader {
   static constexpr auto kArtwork = "tell artwork 1 of the current track to raw data";
   static constexpr auto kLyrics = "get lyrics of current track";
   static constexpr auto kPosition = "player position";
+
+  /// All events since the last call.
+  EventLog take() { return std::exchange(log, {}); }
 
   void playerRuns(const std::string& state) {
     scripts.answerText("running", "true");
@@ -116,13 +133,20 @@ class WidgetRig : private NSInterfaceLoader {
                                Descriptor::descriptorWithInt32(rating), text(finish)}));
     scripts.answerText(kLyrics, lyrics);
     scripts.answerText(kVolume, "35");
+    scripts.answerText(kPosition, "63.5");
     scripts.answer(kArtwork, Descriptor::descriptorWithData(FakeImageDecoder::picture(7, 7)));
   }
 
   /// Runs `operation` as a block of the main queue, as the host and the controls do.
   void onMain(const std::function<void()>& operation) {
-    dispatch_async(loop.mainQueue(), operation);
+    loop.mainQueue().enqueue(operation);
     loop.runTurn();
+  }
+
+  /// Calls a method of the controller as a block of the main queue.
+  template <typename Method, typename... Arguments>
+  void call(Method method, Arguments&&... arguments) {
+    onMain([&] { std::invoke(method, *controller, std::forward<Arguments>(arguments)...); });
   }
 
   /// Runs everything that waits, on both queues, until nothing is left.
@@ -134,13 +158,18 @@ class WidgetRig : private NSInterfaceLoader {
 
   /// A refresh from its start to its display.
   void refresh() {
-    onMain([this] { controller->updateSongInfo(); });
+    call(&Widget::updateSongInfo);
     settle();
   }
 
   void tickAfter(std::chrono::milliseconds time) {
     clock.advance(time);
     loop.runTurn();
+  }
+
+  /// A callback of the host that logs what it is told.
+  Widget::CompletionHandler report() {
+    return [this](NCUpdateResult result) { log.push_back("report " + std::to_string(result)); };
   }
 
   EventLog log;
@@ -152,27 +181,10 @@ class WidgetRig : private NSInterfaceLoader {
   FixedFontFinder fonts;
   FixedTextMeasurer measurer;
   NSBundle bundle{CORVELLA_RESOURCES};
-
-  template <typename View, typename... Arguments>
-  std::shared_ptr<Recorded<View>> make(const std::string& name, Arguments&&... arguments) {
-    return std::make_shared<Recorded<View>>(log, name, std::forward<Arguments>(arguments)...);
-  }
-
-  std::shared_ptr<NSImageView> albumArtView = make<NSImageView>("albumArtView");
-  std::shared_ptr<NSTextField> songTitle = make<NSTextField>("songTitle");
-  std::shared_ptr<NSTextField> songArtistAndAlbum = make<NSTextField>("songArtistAndAlbum");
-  std::shared_ptr<NSLevelIndicator> songRatingIndicator =
-      make<NSLevelIndicator>("songRatingIndicator");
-  std::shared_ptr<NSView> cellView = make<NSView>("songRatingCell");
-  std::shared_ptr<SongRatingLevelIndicatorCell> songRatingCell =
-      std::make_shared<SongRatingLevelIndicatorCell>(NSCoder("cell", measurer, fonts));
-  std::shared_ptr<NSButton> playButton = make<NSButton>("playButton");
-  std::shared_ptr<NSButton> otherButton = make<NSButton>("otherButton");
-  std::shared_ptr<NSSlider> soundVolume = make<NSSlider>("soundVolume");
-  std::shared_ptr<NSProgressIndicator> progressBar = make<NSProgressIndicator>("progressBar");
-  std::shared_ptr<NSButton> toggleLyricsButton = make<NSButton>("toggleLyricsButton");
-  std::shared_ptr<LyricsTextView> lyricsView = make<LyricsTextView>(
-      "lyricsView", NSMakeRect(0, 0, 300, 0), std::make_shared<NSTextContainer>(300));
+  std::shared_ptr<NSView> cellView = std::make_shared<Recorded<NSView>>(log, "songRatingCell");
+  std::shared_ptr<NSButton> otherButton = std::make_shared<Recorded<NSButton>>(log, "otherButton");
+  /// What the interface file connects, by the names of the outlets.
+  std::map<std::string, std::shared_ptr<NSObject>> outlets;
 
   RecordedQueue mainQueue{log, "to main", loop.mainQueue()};
   RecordedQueue recordedGlobalQueue{log, "to global", globalQueue};
@@ -184,31 +196,23 @@ class WidgetRig : private NSInterfaceLoader {
                              .bundle = bundle,
                              .imageDecoder = decoder,
                              .fontFinder = fonts};
-  std::shared_ptr<TodayViewController> controller = std::make_shared<TodayViewController>(services);
+  std::shared_ptr<Widget> controller = std::make_shared<Widget>(services);
   TodayViewControllerInspector inside{*controller};
 
  private:
-  /// Stands in for the interface file.
-  void instantiate(std::string_view, const NSBundle*, NSViewController& owner) const override {
-    const std::vector<std::pair<std::string, std::shared_ptr<NSObject>>> outlets{
-        {"view", std::make_shared<NSView>(NSMakeRect(0, 0, 320, 285))},
-        {"albumArtView", albumArtView},
-        {"songTitle", songTitle},
-        {"songArtistAndAlbum", songArtistAndAlbum},
-        {"songRatingIndicator", songRatingIndicator},
-        {"songRatingCell", songRatingCell},
-        {"playButton", playButton},
-        {"soundVolume", soundVolume},
-        {"progressBar", progressBar},
-        {"toggleLyricsButton", toggleLyricsButton},
-        {"lyricsView", lyricsView}};
-    for (const auto& [name, object] : outlets) {
-      if (!absentOutlets_.contains(name)) owner.connectOutlet(name, object);
-    }
-    owner.awakeFromNib();
+  template <typename View, typename... Arguments>
+  std::shared_ptr<View> add(const std::string& name, Arguments&&... arguments) {
+    auto view = std::make_shared<Recorded<View>>(log, name, std::forward<Arguments>(arguments)...);
+    outlets[name] = view;
+    return view;
   }
 
-  std::set<std::string> absentOutlets_;
+  /// Stands in for the interface file.
+  void instantiate(std::string_view, const NSBundle*, NSViewController& owner) const override {
+    owner.connectOutlet("view", std::make_shared<NSView>(NSMakeRect(0, 0, 320, 285)));
+    for (const auto& [name, object] : outlets) owner.connectOutlet(name, object);
+    owner.awakeFromNib();
+  }
 };
 
 }  // namespace Corvella

@@ -1,3 +1,5 @@
+#include <cstdint>
+#include <limits>
 #include <string>
 #include <utility>
 #include <vector>
@@ -9,90 +11,72 @@
 namespace Corvella {
 namespace {
 
-using testing::ElementsAre;
-
 constexpr auto kStateQuery = "script: get player state as string";
 constexpr auto kPauseSign = "\u275a\u275a";
 constexpr auto kPlaySign = "\u25b6";
 
-struct TrackRow {
-  bool next;
-  std::string state;
+struct ClickRow {
+  std::string state;  ///< Empty where the player does not tell it.
+  void (TodayViewController::*click)(NSButton&);
+  EventLog events;
   std::string title;
+  bool staysTimed;  ///< Whether the timer goes on when the click is over.
 };
 
-TEST(ChangingTheTrack, CommandsThenReadsTheStateThenStopsTheTimerThenRefreshes) {
-  for (const auto& [next, state, title] :
-       {TrackRow{true, "playing", kPauseSign}, TrackRow{true, "paused", kPlaySign},
-        TrackRow{false, "playing", kPauseSign}, TrackRow{false, "PLAYING", kPlaySign}}) {
-    SCOPED_TRACE(state + (next ? ", next" : ", previous"));
+TEST(AClick, CommandsThePlayerAndShowsItsStateInOrderAndStopsTheTimerLater) {
+  using Widget = TodayViewController;
+  const auto trackEvents = [](const char* command) {
+    return EventLog{command, kStateQuery, "playButton", "to main", "to global"};
+  };
+  const EventLog resumed{kStateQuery, "script: play", "to global", "playButton"};
+  const EventLog paused{kStateQuery, "script: pause", "playButton", "to main"};
+  const auto next = trackEvents("script: next track");
+  const auto previous = trackEvents("script: previous track");
+  const std::vector<ClickRow> rows{
+      {"playing", &Widget::nextButtonClicked, next, kPauseSign, false},
+      {"paused", &Widget::nextButtonClicked, next, kPlaySign, false},
+      {"playing", &Widget::previousButtonClicked, previous, kPauseSign, false},
+      {"PLAYING", &Widget::previousButtonClicked, previous, kPlaySign, false},
+      {"", &Widget::previousButtonClicked, previous, kPlaySign, false},
+      {"paused", &Widget::playButtonClicked, resumed, kPauseSign, true},
+      {"stopped", &Widget::playButtonClicked, resumed, kPauseSign, true},
+      {"playing", &Widget::playButtonClicked, paused, kPlaySign, false},
+      {"Paused", &Widget::playButtonClicked, paused, kPlaySign, false},
+      {"", &Widget::playButtonClicked, paused, kPlaySign, false}};
+  for (const auto& [state, click, events, title, staysTimed] : rows) {
+    SCOPED_TRACE(events[0] + events[1] + " while " + state);
     WidgetRig rig;
     rig.playerPlays("Song");
     rig.refresh();
     const auto timer = rig.inside.timer();
-    rig.scripts.answerText(WidgetRig::kState, state);
-    rig.log.take();
-    rig.onMain([&, next = next] {
-      auto& controller = *rig.controller;
-      next ? controller.nextButtonClicked(*rig.otherButton)
-           : controller.previousButtonClicked(*rig.otherButton);
-      EXPECT_THAT(rig.log.take(),
-                  ElementsAre(next ? "script: next track" : "script: previous track", kStateQuery,
-                              "playButton", "to main", "to global"));
-      EXPECT_TRUE(timer->isValid());
-    });
-    EXPECT_EQ(rig.playButton->title(), title);
-    rig.loop.runTurn();
-    EXPECT_FALSE(timer->isValid());
-    rig.settle();
-    EXPECT_EQ(rig.inside.timer() != nullptr, state == "playing");
-  }
-}
-
-TEST(ThePlayButton, ResumesOrPausesByTheStateAlone) {
-  // Empty where the player does not tell its state.
-  const std::vector<std::pair<std::string, bool>> rows{
-      {"paused", true}, {"stopped", true}, {"playing", false}, {"Paused", false}, {"", false}};
-  for (const auto& [state, resumes] : rows) {
-    SCOPED_TRACE(state);
-    WidgetRig rig;
-    rig.playerPlays("Song");
-    rig.refresh();
-    const auto timer = rig.inside.timer();
-    rig.scripts.answerText(WidgetRig::kState, state);
+    rig.playerRuns(state);
     if (state.empty()) rig.scripts.fail(WidgetRig::kState);
-    rig.log.take();
-    rig.onMain([&] { rig.controller->playButtonClicked(*rig.playButton); });
-    using Events = std::vector<std::string>;
-    EXPECT_EQ(rig.log.take(),
-              resumes ? Events({kStateQuery, "script: play", "to global", "playButton"})
-                      : Events({kStateQuery, "script: pause", "playButton", "to main"}));
-    EXPECT_EQ(rig.playButton->title(), resumes ? kPauseSign : kPlaySign);
+    rig.take();
+    rig.call(click, *rig.otherButton);
+    EXPECT_EQ(rig.take(), events);
+    EXPECT_EQ(rig.controller->playButton()->title(), title);
+    EXPECT_TRUE(timer->isValid());
     rig.loop.runTurn();
-    EXPECT_EQ(timer->isValid(), resumes);
-    EXPECT_EQ(rig.inside.timer(), resumes ? timer : nullptr);
+    EXPECT_EQ(timer->isValid(), staysTimed);
+    EXPECT_EQ(rig.inside.timer(), staysTimed ? timer : nullptr);
   }
 }
 
-TEST(ARating, IsSentInThePlayersPointsAndLeavesTheStoredOneAlone) {
-  for (const auto& [stars, script] : {std::pair(3, "60"), std::pair(0, "0"), std::pair(9, "100")}) {
+TEST(ARating, OfAbsurdlyManyStarsStaysWithinTheRangeOfNumbersAndLeavesTheStoredOneAlone) {
+  constexpr auto most = std::numeric_limits<std::int64_t>::max() / 20 * 20;
+  for (const auto& [stars, points] :
+       {std::pair(3.0, std::int64_t{60}), {1e19, most}, {-1e19, -most}}) {
     WidgetRig rig;
-    rig.songRatingIndicator->setIntegerValue(stars);
-    rig.log.take();
-    rig.onMain([&] { rig.controller->updateRating(*rig.songRatingIndicator); });
-    EXPECT_THAT(rig.log.take(),
-                ElementsAre(std::string("script: set rating of current track to ") + script,
-                            "songRatingCell"));
+    NSLevelIndicator sender;
+    sender.setMinValue(-1e300);
+    sender.setMaxValue(1e300);
+    sender.setDoubleValue(stars);
+    rig.call(&TodayViewController::updateRating, sender);
+    EXPECT_THAT(rig.take(), testing::ElementsAre(
+                                "script: set rating of current track to " + std::to_string(points),
+                                "songRatingCell"));
     EXPECT_EQ(rig.inside.songRating(), 0);
   }
-}
-
-TEST(AVolume, IsSentAsItStands) {
-  WidgetRig rig;
-  rig.soundVolume->setDoubleValue(37.9);
-  rig.log.take();
-  rig.onMain([&] { rig.controller->updateSoundVolume(*rig.soundVolume); });
-  EXPECT_THAT(rig.log.take(), ElementsAre("script: set sound volume to 37"));
 }
 
 }  // namespace

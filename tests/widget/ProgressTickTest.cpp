@@ -8,105 +8,91 @@
 namespace Corvella {
 namespace {
 
-using testing::ElementsAreArray;
-
-const std::vector<std::string> kTickScripts{"script: player position",
-                                            std::string("script: ") + WidgetRig::kSong,
-                                            "script: get sound volume"};
+using testing::ElementsAre;
+using testing::IsEmpty;
 
 /// A widget that shows "Song A", which plays.
-class ATick : public testing::Test {
+class ATick : public testing::Test, protected WidgetRig {
  protected:
   ATick() {
-    rig_.playerPlays("Song A");
-    rig_.scripts.answerText(WidgetRig::kPosition, "63.5");
-    rig_.refresh();
-    rig_.log.take();
+    playerPlays("Song A");
+    refresh();
+    take();
   }
 
-  void tick() { rig_.tickAfter(std::chrono::seconds(1)); }
+  void tick() { tickAfter(std::chrono::seconds(1)); }
   bool startsARefresh() {
     tick();
-    const bool started = rig_.globalQueue.size() == 1;
-    rig_.settle();
+    const bool started = globalQueue.size() == 1;
+    settle();
     return started;
   }
 
-  WidgetRig rig_;
+  const std::string position_ = std::string("script: ") + kPosition;
+  const std::string song_ = std::string("script: ") + kSong;
+  const std::string volume_ = std::string("script: ") + kVolume;
 };
 
 TEST_F(ATick, ComesEverySecondMovesTheBarAndAsksThreeScriptsInOrder) {
-  const auto timer = rig_.inside.timer();
-  rig_.tickAfter(std::chrono::milliseconds(999));
-  EXPECT_THAT(rig_.log.take(), testing::IsEmpty());
-  rig_.tickAfter(std::chrono::milliseconds(1));
-  auto expected = kTickScripts;
-  expected.insert(expected.begin() + 1, "progressBar");
-  EXPECT_EQ(rig_.log.take(), expected);
-  EXPECT_EQ(rig_.progressBar->doubleValue(), 63.5);
+  const auto timer = inside.timer();
+  tickAfter(std::chrono::milliseconds(999));
+  EXPECT_THAT(take(), IsEmpty());
+  tickAfter(std::chrono::milliseconds(1));
+  EXPECT_THAT(take(), ElementsAre(position_, "progressBar", song_, volume_));
+  EXPECT_EQ(controller->progressBar()->doubleValue(), 63.5);
   tick();
-  EXPECT_EQ(rig_.log.take(), kTickScripts);
-  EXPECT_EQ(rig_.inside.timer(), timer);
+  EXPECT_THAT(take(), ElementsAre(position_, song_, volume_));
+  EXPECT_EQ(inside.timer(), timer);
 }
 
 TEST_F(ATick, WithoutAPositionKeepsTheBarAndChecksTheTitleAllTheSame) {
   tick();
-  rig_.scripts.answer(WidgetRig::kPosition, NSAppleEventDescriptor::listDescriptor({}));
-  rig_.log.take();
+  scripts.fail(kPosition);
+  take();
   tick();
-  EXPECT_THAT(rig_.log.take(), ElementsAreArray(kTickScripts));
-  EXPECT_EQ(rig_.progressBar->doubleValue(), 63.5);
-  rig_.scripts.answerText(WidgetRig::kPosition, "soon");
+  EXPECT_THAT(take(), testing::IsSupersetOf({song_, volume_}));
+  EXPECT_EQ(controller->progressBar()->doubleValue(), 63.5);
+  scripts.answerText(kPosition, "soon");
   tick();
-  EXPECT_EQ(rig_.progressBar->doubleValue(), 0.0);
+  EXPECT_EQ(controller->progressBar()->doubleValue(), 0.0);
 }
 
 TEST_F(ATick, SeesANewTrackByItsTitleAloneUpToNormalization) {
-  rig_.playerPlays("Song B");
-  EXPECT_TRUE(startsARefresh());
-  EXPECT_EQ(rig_.songTitle->stringValue(), "Song B");
-  rig_.playerPlays("song b\u0301");
-  EXPECT_TRUE(startsARefresh());
-  rig_.playerPlays("Caf\u00e9");
-  EXPECT_TRUE(startsARefresh());
-  rig_.playerPlays("Cafe\u0301", "other lyrics", 100, "99.0");
+  for (const char* title : {"Song B", "song b\u0301", "Caf\u00e9"}) {
+    playerPlays(title);
+    EXPECT_TRUE(startsARefresh());
+    EXPECT_EQ(controller->songTitle()->stringValue(), title);
+  }
+  playerPlays("Cafe\u0301", "other lyrics", 100, "99.0");
   EXPECT_FALSE(startsARefresh());
 }
 
 TEST_F(ATick, AfterThePlayerWasLostShowsNoSongOnceAndGoesOn) {
-  rig_.scripts.fail(WidgetRig::kSong);
-  rig_.scripts.answerText(WidgetRig::kState, "stopped");
+  scripts.fail(kSong);
+  scripts.answerText(kState, "stopped");
   EXPECT_TRUE(startsARefresh());
-  EXPECT_EQ(rig_.songTitle->stringValue(), "No Song Playing");
+  EXPECT_EQ(controller->songTitle()->stringValue(), "No Song Playing");
   EXPECT_FALSE(startsARefresh());
-  EXPECT_TRUE(rig_.inside.timer()->isValid());
+  EXPECT_TRUE(inside.timer()->isValid());
 }
 
 TEST_F(ATick, WithoutATitleOutletRefreshesEachTime) {
-  rig_.songTitle = nullptr;
-  rig_.progressBar = nullptr;
+  outlets.clear();
   EXPECT_TRUE(startsARefresh());
   EXPECT_TRUE(startsARefresh());
 }
 
 TEST_F(ATick, ThatFallsDueDuringAClickComesBeforeTheTimerIsStoppedAndIsTheLast) {
-  rig_.scripts.answerText(WidgetRig::kState, "paused");
-  rig_.scripts.setObserver([this](const std::string& text) {
-    rig_.log.add("script: " + text);
-    if (text == "previous track") rig_.clock.advance(std::chrono::seconds(5));
+  playerRuns("paused");
+  scripts.setObserver([this](const std::string& text) {
+    log.push_back("script: " + text);
+    if (text == "previous track") clock.advance(std::chrono::seconds(5));
   });
-  rig_.onMain([this] { rig_.controller->previousButtonClicked(*rig_.otherButton); });
-  EXPECT_THAT(rig_.log.take(), testing::Not(testing::Contains("script: player position")));
-
-  rig_.loop.runTurn();
-  EXPECT_THAT(rig_.log.take(), testing::Contains("script: player position").Times(1));
-  EXPECT_EQ(rig_.inside.timer(), nullptr);
-
-  rig_.settle();
-  rig_.log.take();
-  tick();
-  EXPECT_THAT(rig_.log.take(), testing::IsEmpty());
-  EXPECT_EQ(rig_.inside.timer(), nullptr);
+  call(&Widget::previousButtonClicked, *otherButton);
+  EXPECT_THAT(take(), testing::Not(testing::Contains(position_)));
+  loop.runTurn();
+  EXPECT_THAT(take(), testing::Contains(position_).Times(1));
+  EXPECT_EQ(inside.timer(), nullptr);
 }
 
 }  // namespace

@@ -1,5 +1,9 @@
+#include <algorithm>
+#include <chrono>
 #include <functional>
+#include <map>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 #include <utility>
@@ -12,69 +16,69 @@
 namespace Corvella {
 namespace {
 
-TEST(ANewController, HasItsInitialStateAndHasRunNoScript) {
-  const WidgetRig rig;
-  const auto controller = std::make_shared<TodayViewController>(rig.services);
-  const TodayViewControllerInspector inside(*controller);
+/// The ten outlets by their names, each null where nothing is connected.
+std::map<std::string, std::shared_ptr<NSObject>> outletsOf(const TodayViewController& controller) {
+  return {{"albumArtView", controller.albumArtView()},
+          {"songTitle", controller.songTitle()},
+          {"songArtistAndAlbum", controller.songArtistAndAlbum()},
+          {"songRatingIndicator", controller.songRatingIndicator()},
+          {"songRatingCell", controller.songRatingCell()},
+          {"playButton", controller.playButton()},
+          {"soundVolume", controller.soundVolume()},
+          {"progressBar", controller.progressBar()},
+          {"toggleLyricsButton", controller.toggleLyricsButton()},
+          {"lyricsView", controller.lyricsView()}};
+}
+
+class AController : public testing::Test, protected WidgetRig {};
+
+TEST_F(AController, HasTheSameInitialStateHoweverItIsMade) {
+  NSCoder archive("archive", measurer, fonts);
+  archive.encodeString("nibName", "Archived");
+  for (const auto& made :
+       {std::make_shared<Widget>(services), std::make_shared<Widget>(services, "Other", nullptr),
+        std::make_shared<Widget>(services, std::nullopt, nullptr),
+        std::make_shared<Widget>(services, archive)}) {
+    const TodayViewControllerInspector state{*made};
+    EXPECT_EQ(made->nibName(), "TodayViewController");
+    EXPECT_FALSE(state.expanded() || state.hasCompletionHandler() || state.timer());
+    EXPECT_EQ(state.songRating(), 0);
+    for (const auto& [name, object] : outletsOf(*made)) EXPECT_EQ(object, nullptr) << name;
+  }
+  EXPECT_TRUE(scripts.scripts().empty());
+}
+
+TEST_F(AController, FoldsThePanelWhenItAwakes) {
+  inside.expanded() = true;
+  controller->awakeFromNib();
   EXPECT_FALSE(inside.expanded());
-  EXPECT_EQ(inside.songRating(), 0);
-  EXPECT_FALSE(inside.hasCompletionHandler());
-  EXPECT_EQ(inside.timer(), nullptr);
-  EXPECT_EQ(controller->songTitle(), nullptr);
-  EXPECT_EQ(controller->lyricsView(), nullptr);
-  EXPECT_TRUE(rig.scripts.scripts().empty());
 }
 
-TEST(ANewController, AnswersTheSameInterfaceFileWhateverNameItGot) {
-  const WidgetRig rig;
-  EXPECT_EQ(TodayViewController(rig.services).nibName(), "TodayViewController");
-  EXPECT_EQ(TodayViewController(rig.services, "Other", nullptr).nibName(), "TodayViewController");
-}
+TEST_F(AController, HasTenOutletsByNameAndClassAndHoldsTheLyricsViewAlone) {
+  EXPECT_EQ(outletsOf(*controller), outlets);
+  EXPECT_FALSE(controller->connectOutlet("playButton", outlets["songTitle"]));
+  EXPECT_FALSE(controller->connectOutlet("nonesuch", outlets["songTitle"]));
+  EXPECT_FALSE(controller->connectAction("nonesuch:", *otherButton));
+  EXPECT_FALSE(controller->connectAction("updateSoundVolume:", *otherButton));
 
-TEST(Awakening, FoldsThePanel) {
-  WidgetRig rig;
-  rig.inside.setExpanded(true);
-  rig.controller->awakeFromNib();
-  EXPECT_FALSE(rig.inside.expanded());
-}
-
-TEST(TheOutlets, AreWeakButForTheLyricsView) {
-  WidgetRig rig;
-  EXPECT_EQ(rig.controller->songTitle(), rig.songTitle);
-  rig.songTitle = nullptr;
-  EXPECT_EQ(rig.controller->songTitle(), nullptr);
-  const std::weak_ptr<LyricsTextView> lyrics = std::exchange(rig.lyricsView, nullptr);
-  EXPECT_NE(rig.controller->lyricsView(), nullptr);
-  rig.controller->setLyricsView(nullptr);
+  outlets.clear();
+  for (const auto& [name, object] : outletsOf(*controller)) {
+    EXPECT_EQ(object != nullptr, name == "lyricsView") << name;
+  }
+  const std::weak_ptr<LyricsTextView> lyrics = controller->lyricsView();
+  controller->setLyricsView(nullptr);
   EXPECT_TRUE(lyrics.expired());
 }
 
-TEST(TheOutlets, AreConnectedByNameAndClass) {
-  WidgetRig rig;
-  auto& controller = *rig.controller;
-  EXPECT_EQ(controller.connectOutlet("playButton", rig.songTitle), NSOutletConnection::WrongType);
-  EXPECT_EQ(controller.connectOutlet("nonesuch", rig.songTitle), NSOutletConnection::UnknownName);
-  EXPECT_EQ(controller.connectAction("nonesuch:", *rig.playButton),
-            NSOutletConnection::UnknownName);
-  EXPECT_EQ(controller.connectAction("updateSoundVolume:", *rig.playButton),
-            NSOutletConnection::WrongType);
-}
-
-const std::set<std::string> kOutlets{
-    "albumArtView", "songTitle",   "songArtistAndAlbum", "songRatingIndicator", "songRatingCell",
-    "playButton",   "soundVolume", "progressBar",        "toggleLyricsButton",  "lyricsView"};
-
 /// What every operation does to the player, the host and the outlets that are not absent.
-std::vector<std::string> eventsOfEveryOperation(const std::set<std::string>& absent,
-                                                const std::set<std::string>& ignored) {
+EventLog eventsOfEveryOperation(const std::set<std::string>& absent,
+                                const std::set<std::string>& ignored) {
   WidgetRig rig(absent);
   auto& controller = *rig.controller;
   NSLevelIndicator stars;
   NSSlider volume;
   rig.playerPlays("Song");
-  rig.scripts.answerText(WidgetRig::kPosition, "63.5");
-  controller.widgetPerformUpdateWithCompletionHandler(
-      [&rig](NCUpdateResult result) { rig.log.add("report " + std::to_string(result)); });
+  controller.widgetPerformUpdateWithCompletionHandler(rig.report());
   const std::vector<std::function<void()>> operations{
       [&] { controller.viewWillAppear(); },
       [&] { controller.seeMoreClicked(*rig.otherButton); },
@@ -92,38 +96,55 @@ std::vector<std::string> eventsOfEveryOperation(const std::set<std::string>& abs
     rig.onMain(operation);
     rig.settle();
   }
-  auto events = rig.log.take();
+  auto events = rig.take();
   std::erase_if(events, [&](const std::string& event) {
-    return ignored.contains(event) || event.starts_with("size ");
+    return ignored.contains(event) || event.starts_with("height ");
   });
   return events;
 }
 
 TEST(AnAbsentOutlet, SkipsItsOwnStepsAlone) {
-  std::vector<std::set<std::string>> rows{kOutlets};
-  for (const auto& outlet : kOutlets) rows.push_back({outlet});
+  std::vector<std::set<std::string>> rows{{}};
+  for (const auto& [name, object] : WidgetRig().outlets) {
+    rows.push_back({name});
+    rows.front().insert(name);
+  }
   for (const auto& absent : rows) {
     EXPECT_EQ(eventsOfEveryOperation(absent, {}), eventsOfEveryOperation({}, absent))
         << "without " << *absent.begin();
   }
 }
 
-TEST(TheActions, SendFromTheirControlsAndDoNotHoldTheController) {
-  WidgetRig rig;
-  rig.playerRuns("paused");
-  const std::vector<std::pair<std::string, std::shared_ptr<NSControl>>> rows{
-      {"previousButtonClicked:", rig.otherButton}, {"nextButtonClicked:", rig.otherButton},
-      {"playButtonClicked:", rig.playButton},      {"seeMoreClicked:", rig.toggleLyricsButton},
-      {"updateRating:", rig.songRatingIndicator},  {"updateSoundVolume:", rig.soundVolume}};
-  for (const auto& [selector, control] : rows) {
-    ASSERT_EQ(rig.controller->connectAction(selector, *control), NSOutletConnection::Connected);
-    rig.onMain([&control = control] { EXPECT_TRUE(control->sendAction()); });
-    rig.settle();
-    EXPECT_FALSE(rig.scripts.scripts().empty()) << selector;
+struct ActionRow {
+  std::string selector;
+  std::shared_ptr<NSControl> control;
+  std::string script;
+};
+
+TEST_F(AController, SendsEachActionsOwnScriptAndIsNotHeldByItsControls) {
+  playerPlays("Song");
+  playerRuns("paused");
+  refresh();  // Shows 3 stars and a volume of 35.
+  const std::vector<ActionRow> rows{
+      {"previousButtonClicked:", otherButton, "previous track"},
+      {"nextButtonClicked:", otherButton, "next track"},
+      {"playButtonClicked:", otherButton, "play"},
+      {"seeMoreClicked:", otherButton, kLyrics},
+      {"updateRating:", controller->songRatingIndicator(), "set rating of current track to 60"},
+      {"updateSoundVolume:", controller->soundVolume(), "set sound volume to 35"}};
+  for (const auto& [selector, control, script] : rows) {
+    ASSERT_TRUE(controller->connectAction(selector, *control));
+    take();
+    onMain([&control = control] { EXPECT_TRUE(control->sendAction()); });
+    settle();
+    for (const auto& row : rows) {
+      EXPECT_EQ(std::ranges::count(log, "script: " + row.script), row.selector == selector)
+          << row.script << " from " << selector;
+    }
   }
-  const std::weak_ptr<TodayViewController> weak = std::exchange(rig.controller, nullptr);
+  const std::weak_ptr<Widget> weak = std::exchange(controller, nullptr);
   EXPECT_TRUE(weak.expired());
-  rig.playButton->sendAction();  // Nobody is there any more.
+  otherButton->sendAction();  // The controller is gone by now.
 }
 
 }  // namespace

@@ -1,0 +1,17 @@
+#include "extension/Curtain.h"
+
+namespace Corvella {
+
+void Curtain::fall() {
+  rise();
+  end_ = runLoop_.now() + kLongest;
+  runLoop_.addTimer(wakeUp_, *end_);
+}
+
+void Curtain::rise() {
+  if (!end_) return;
+  end_.reset();
+  runLoop_.removeTimer(*wakeUp_);
+}
+
+}  // namespace Corvella

@@ -1,0 +1,64 @@
+#include "host/controls/Accessibility.h"
+
+#include <QAccessibleWidget>
+#include <memory>
+
+#include "host/controls/AccessibleLyrics.h"
+#include "host/controls/PictureView.h"
+#include "host/controls/RangeWidget.h"
+
+namespace Corvella {
+
+namespace {
+
+class AccessibleRange final : public QAccessibleWidget, public QAccessibleValueInterface {
+ public:
+  explicit AccessibleRange(RangeWidget& range)
+      : QAccessibleWidget(&range, range.role()), range_(range) {}
+
+  void* interface_cast(QAccessible::InterfaceType type) override {
+    if (type == QAccessible::ValueInterface) return static_cast<QAccessibleValueInterface*>(this);
+    return QAccessibleWidget::interface_cast(type);
+  }
+
+  QString text(QAccessible::Text kind) const override {
+    return kind == QAccessible::Value ? range_.valueText() : QAccessibleWidget::text(kind);
+  }
+
+  QVariant currentValue() const override { return range_.rangeValue(); }
+  void setCurrentValue(const QVariant& value) override { range_.acceptValue(value.toDouble()); }
+  QVariant maximumValue() const override { return range_.rangeMaximum(); }
+  QVariant minimumValue() const override { return 0.0; }
+  QVariant minimumStepSize() const override { return 1.0; }
+
+ private:
+  RangeWidget& range_;
+};
+
+class AccessiblePicture final : public QAccessibleWidget {
+ public:
+  explicit AccessiblePicture(PictureView& picture)
+      : QAccessibleWidget(&picture, QAccessible::Graphic) {}
+};
+
+QAccessibleInterface* makeInterface(const QString& /*className*/, QObject* object) {
+  // Qt deletes the interface when its object ends, so it is handed over without an owner.
+  if (auto* const range = dynamic_cast<RangeWidget*>(object)) {
+    return std::make_unique<AccessibleRange>(*range).release();
+  }
+  if (auto* const picture = dynamic_cast<PictureView*>(object)) {
+    return std::make_unique<AccessiblePicture>(*picture).release();
+  }
+  if (auto* const lyrics = dynamic_cast<LyricsView*>(object)) {
+    return std::make_unique<AccessibleLyrics>(*lyrics).release();
+  }
+  return nullptr;
+}
+
+}  // namespace
+
+void makeControlsAccessible() {
+  QAccessible::installFactory(makeInterface);
+}
+
+}  // namespace Corvella

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <QString>
+#include <string>
+
+#include "players/PlayerDescription.h"
+
+namespace Corvella {
+
+/// Why a control cannot be used on this player, as its tooltip says it; empty when it can.
+QString controlRefusal(const std::string& identifier, const PlayerDescription& player);
+
+}  // namespace Corvella

@@ -1,0 +1,34 @@
+#include "host/panel/PageTurner.h"
+
+#include <algorithm>
+
+namespace Corvella {
+
+using std::chrono::duration_cast;
+using std::chrono::milliseconds;
+using std::chrono::steady_clock;
+
+PageTurner::PageTurner() : lastPage_(steady_clock::now() - kBetweenPages) {
+  timer_.setSingleShot(true);
+  timer_.setTimerType(Qt::PreciseTimer);
+  timer_.callOnTimeout(this, [this] {
+    lastPage_ = steady_clock::now();
+    emit pageIsDue();
+  });
+}
+
+void PageTurner::turnSoon() {
+  const auto sinceLast = duration_cast<milliseconds>(steady_clock::now() - lastPage_);
+  turnIn(std::max(kGathering, kBetweenPages - sinceLast));
+}
+
+void PageTurner::turnLater() {
+  turnIn(kAfterCommand);
+}
+
+void PageTurner::turnIn(milliseconds delay) {
+  if (timer_.isActive() && timer_.remainingTimeAsDuration() <= delay) return;
+  timer_.start(delay);
+}
+
+}  // namespace Corvella

@@ -1,0 +1,110 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+#include <QTimer>
+#include <future>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "extension/WidgetDisplay.h"
+#include "host/panel/PageTurner.h"
+#include "host/panel/PlayerMenu.h"
+#include "host/panel/TodayWindow.h"
+#include "host/panel/WidgetBridge.h"
+#include "host/panel/WidgetSession.h"
+
+namespace Corvella {
+
+/// The Today view: a window, and behind it the widget at work on a player. Showing the window is
+/// the widget's appearance, hiding it its disappearance. While it is shown, news of the player have
+/// the widget read everything anew; when the player leaves, the widget is ended with it, and a new
+/// one starts.
+///
+/// Lives on the GUI thread. It waits for the session bus when a widget starts, for two seconds at
+/// most, and at its end for the script that is running.
+class TodayView final : public QObject {
+  Q_OBJECT
+
+ public:
+  /// Starts the widget on a player; what `start` refers to outlives the view. Throws what `start`
+  /// throws.
+  TodayView(StartWidget start, const std::string& player);
+  ~TodayView() override;
+  TodayView(const TodayView&) = delete;
+  TodayView& operator=(const TodayView&) = delete;
+
+  void open();
+  void hide();
+  /// Hides the window that is in front, and shows or raises any other.
+  void toggle();
+
+  /// Ends the widget and starts it anew on another player. Where that cannot be, the widget stays
+  /// as it is and the heading says why.
+  void showPlayer(const std::string& player);
+
+  /// The players to choose from. Asks none of them.
+  PlayerList players() const;
+  /// Has the player bring up its window.
+  void raisePlayer() const;
+
+  /// Has `settled` emitted once the widget has dealt with all that came before.
+  void settle();
+
+  /// Made by the first use.
+  TodayWindow& window();
+  /// What the widget shows.
+  const WidgetDisplay& display() const { return display_; }
+  /// See `WidgetSession`.
+  std::string whyPlayerIsNotShown() const { return run_->session->whyPlayerIsNotShown(); }
+
+ signals:
+  void appeared();
+  void disappeared();
+  /// The line that says what is playing has changed; empty while the view is hidden, when nobody
+  /// looks at the player.
+  void titleChanged(const QString& title);
+  /// The user has asked to end the window, not just to put it away.
+  void closeRequested();
+  /// The widget has settled, and what it shows has been handed to the window.
+  void settled();
+  /// The widget could not be started, with the reason; it does nothing more.
+  void failed(const QString& reason);
+
+ private:
+  /// One run of the widget, and what it tells the GUI thread.
+  struct Run {
+    WidgetBridge bridge;
+    std::unique_ptr<WidgetSession> session;
+    std::future<void> end;
+  };
+
+  std::unique_ptr<Run> startRun(const std::string& player);
+  void adopt(std::unique_ptr<Run> run, const std::string& player);
+  void endLater(std::unique_ptr<Run> run);
+  void connectWindow();
+  void connectRunToWindow();
+  void startAnew();
+  void appear();
+  void disappear();
+  void hear(PlayerNews news);
+  void show(const WidgetSnapshot& snapshot);
+  void describePlayer();
+  void showPlayerMenu();
+  ExtensionThread& extension() const { return run_->session->extension(); }
+
+  const StartWidget start_;
+  std::string choice_;  // Of the user: "auto" or a player's name.
+  std::unique_ptr<Run> run_;
+  std::vector<std::unique_ptr<Run>> endingRuns_;
+  std::unique_ptr<TodayWindow> window_;
+  WidgetDisplay display_;
+  PageTurner pages_;
+  QTimer everyMinute_;
+  std::unique_ptr<PlayerMenu> menu_;
+  bool open_ = false;  // Whether the widget is on the screen, and not put away by the desktop.
+  bool playerHasLeft_ = false;
+};
+
+}  // namespace Corvella

@@ -1,0 +1,86 @@
+#include "host/program/PlayerChoice.h"
+
+#include <QByteArray>
+#include <algorithm>
+#include <stdexcept>
+#include <string_view>
+#include <utility>
+
+#include "players/embedded/EmbeddedPlayer.h"
+#include "players/mpris/MprisPlayer.h"
+
+namespace Corvella {
+
+namespace {
+
+using BusPlayer = PlayerRoster::Player;
+
+std::string_view stateWord(const BusPlayer& player) {
+  if (player.silent) return "does not answer";
+  switch (player.state) {
+    case PlayerState::Playing:
+      return "playing";
+    case PlayerState::Paused:
+      return "paused";
+    case PlayerState::Stopped:
+      break;
+  }
+  return "stopped";
+}
+
+/// A player as a list shows it, such as "vlc (playing)", by the name that `--player` takes.
+std::string nameAndState(const BusPlayer& player) {
+  constexpr std::string_view kPrefix = "org.mpris.MediaPlayer2.";
+  std::string_view name = player.name;
+  if (name.starts_with(kPrefix)) name.remove_prefix(kPrefix.size());
+  return std::string(name) + " (" + std::string(stateWord(player)) + ")";
+}
+
+/// Whether the user chose by that word. Capitals do not matter, as in the names of players.
+bool isWord(const std::string& choice, const char* word) {
+  return qstricmp(choice.c_str(), word) == 0;
+}
+
+std::string whyNotShown(const MprisPlayer& player, const std::string& name) {
+  const auto wanted = player.candidates();
+  if (!std::ranges::all_of(wanted, &BusPlayer::silent)) return {};
+
+  auto reason = "the player '" + name + "' " +
+                (wanted.empty() ? "is not on the session bus" : "does not answer");
+  std::string_view separator = "; there are: ";
+  for (const auto& other : MprisPlayer().candidates()) {
+    reason += std::string(separator) + nameAndState(other);
+    separator = ", ";
+  }
+  return separator == ", " ? reason : reason + "; there is no player at all";
+}
+
+}  // namespace
+
+ChosenPlayer makePlayer(const std::string& choice, const Clock& clock, const NSBundle& bundle,
+                        PlayerNewsListener& listener, bool mayBeEmbedded, std::ostream& notices) {
+  if (isWord(choice, "embedded")) return {std::make_unique<EmbeddedPlayer>(clock, bundle)};
+  if (!isWord(choice, "auto")) {
+    auto named = std::make_unique<MprisPlayer>(choice, MprisDeadlines(), &listener);
+    const auto& player = *named;
+    return {std::move(named), [&player, choice] { return whyNotShown(player, choice); }};
+  }
+  try {
+    return {std::make_unique<MprisPlayer>("", MprisDeadlines(), &listener)};
+  } catch (const std::runtime_error& error) {
+    if (!mayBeEmbedded) throw;
+    notices << "corvella: " << error.what() << "; showing the embedded player\n";
+    return {std::make_unique<EmbeddedPlayer>(clock, bundle)};
+  }
+}
+
+void printPlayers(std::ostream& output, std::ostream& notices) {
+  output << "embedded (built in)\n";
+  try {
+    for (const auto& player : MprisPlayer().candidates()) output << nameAndState(player) << "\n";
+  } catch (const std::runtime_error& error) {
+    notices << "corvella: " << error.what() << "\n";
+  }
+}
+
+}  // namespace Corvella

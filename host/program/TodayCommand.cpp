@@ -1,0 +1,101 @@
+#include "host/program/TodayCommand.h"
+
+#include <QByteArray>
+#include <QFileInfo>
+#include <QGuiApplication>
+#include <QStandardPaths>
+#include <iostream>
+#include <stdexcept>
+#include <string>
+
+#include "host/panel/TodayView.h"
+#include "host/program/Application.h"
+#include "host/program/Composition.h"
+#include "host/program/DesktopProgram.h"
+#include "host/program/DisplayText.h"
+#include "host/program/ProgramFolders.h"
+#include "host/program/SingleInstance.h"
+#include "host/program/StandardStreams.h"
+#include "host/program/TerminationSignals.h"
+#include "host/program/ViewPicture.h"
+
+namespace Corvella {
+
+namespace {
+
+constexpr auto kPlatform = "QT_QPA_PLATFORM";
+constexpr auto kNoDisplay = "offscreen";
+
+/// The file for a picture that the user has not asked for, and so not named: beside the program, or
+/// in the user's runtime folder when the program is installed where the user cannot write.
+std::string unnamedPicture() {
+  const auto folder = QString::fromStdString(ProgramFolders::program());
+  const auto chosen = QFileInfo(folder).isWritable()
+                          ? folder
+                          : QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
+  return (chosen + "/corvella-snapshot.png").toStdString();
+}
+
+int drawInsteadOfWindow(TodayView& view) {
+  std::cerr << "corvella: no display server can be reached\n";
+  const CommandOutput output;
+  openUnseen(view, false);
+  output.print(displayText(view.display()));
+  const auto file = unnamedPicture();
+  try {
+    writePicture(view, file, 1);
+    std::cerr << "corvella: drew " << file << " instead\n";
+  } catch (const std::runtime_error& error) {
+    std::cerr << "corvella: " << error.what() << "\n";
+  }
+  return 0;
+}
+
+/// Has Qt try the display servers that there are, or those that the user names, and draw offscreen
+/// when none can be reached: otherwise Qt would end the program. Returns whether the user asked for
+/// drawing offscreen.
+bool choosePlatform() {
+  std::string platforms;
+  if (qEnvironmentVariableIsSet(kPlatform)) {
+    platforms = qgetenv(kPlatform).toStdString();
+    if (platforms.find(kNoDisplay) != std::string::npos) return true;
+    platforms += ";";
+  } else {
+    if (!qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY")) platforms += "wayland;";
+    if (!qEnvironmentVariableIsEmpty("DISPLAY")) platforms += "xcb;";
+  }
+  qputenv(kPlatform, QByteArray::fromStdString(platforms + kNoDisplay));
+  return false;
+}
+
+void tellFirst(const SingleInstance& instance, const CommandLine& commandLine) {
+  const bool toggles = commandLine.action == CommandLine::Action::Toggle;
+  const auto player = QString::fromStdString(commandLine.player);
+  const bool heard = (!commandLine.playerIsGiven || instance.tellFirst("ShowPlayer", {player})) &&
+                     (commandLine.hidden || instance.tellFirst(toggles ? "Toggle" : "Open"));
+  if (!heard) throw std::runtime_error("the corvella that is running does not answer");
+}
+
+}  // namespace
+
+int runTodayCommand(const CommandLine& commandLine) {
+  TerminationSignals termination;  // Made first: threads that exist already would be interrupted.
+  const bool wantsNoDisplay = choosePlatform();
+  const Application application;
+  SingleInstance instance;
+  const auto role = instance.claimName();
+  if (role == SingleInstance::Role::Later) {
+    tellFirst(instance, commandLine);
+    return 0;
+  }
+  if (role == SingleInstance::Role::Alone) {
+    std::cerr << "corvella: there is no session bus; other instances will not find this one\n";
+  }
+  const Composition composition;
+  TodayView view(composition.starter(), commandLine.player);
+  const bool noDisplay = QGuiApplication::platformName() == kNoDisplay;
+  if (noDisplay && !wantsNoDisplay) return drawInsteadOfWindow(view);
+  return DesktopProgram(view, instance, termination).run(commandLine.hidden);
+}
+
+}  // namespace Corvella

@@ -1,0 +1,133 @@
+#include "host/services/QtImageDecoder.h"
+
+#include <QBuffer>
+#include <QByteArray>
+#include <QImage>
+#include <QImageIOHandler>
+#include <QImageReader>
+#include <QSize>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <memory>
+#include <string_view>
+
+#include <png.h>
+
+namespace Corvella {
+
+namespace {
+
+QSize withinBitmapLimits(QSize size) {
+  constexpr QSize largest(QtImageDecoder::kLargestBitmap, QtImageDecoder::kLargestBitmap);
+  const bool fits = size.width() <= largest.width() && size.height() <= largest.height();
+  return fits ? size : size.scaled(largest, Qt::KeepAspectRatio).expandedTo({1, 1});
+}
+
+NSBitmapImageRep bitmapOf(const QImage& image) {
+  NSBitmapImageRep bitmap{.pixelsWide = image.width(), .pixelsHigh = image.height(), .pixels = {}};
+  const auto width = static_cast<std::size_t>(image.width());
+  bitmap.pixels.resize(width * static_cast<std::size_t>(image.height()));
+  for (int y = 0; y < image.height(); ++y) {
+    std::memcpy(bitmap.pixels.data() + width * static_cast<std::size_t>(y), image.constScanLine(y),
+                width * sizeof(std::uint32_t));
+  }
+  return bitmap;
+}
+
+/// Whether a JPEG file's last scan has no end marker behind it. Qt would draw
+/// what is missing in grey.
+bool isCutJpeg(std::string_view file) {
+  if (!file.starts_with("\xff\xd8")) return false;
+  const auto scan = file.rfind("\xff\xda");
+  return scan == std::string_view::npos || file.find("\xff\xd9", scan) == std::string_view::npos;
+}
+
+/// Whether a BMP file is shorter than its header says, in four bytes from byte 2 on, the lowest
+/// first.
+bool isCutBmp(std::string_view file) {
+  if (!file.starts_with("BM") || file.size() < 6) return false;
+  std::uint32_t size = 0;
+  for (std::size_t i = 0; i < 4; ++i) {
+    size |= std::uint32_t{static_cast<unsigned char>(file[2 + i])} << (8 * i);
+  }
+  return size > file.size();
+}
+
+bool isPng(std::string_view file) {
+  return file.starts_with("\x89PNG\r\n\x1a\n");
+}
+
+bool isTooLarge(long long width, long long height) {
+  return width * height > QtImageDecoder::kMostPixels;
+}
+
+/// A PNG picture; null where the file is broken. Qt reads PNG files with libpng, too, but lets it
+/// write its complaints to standard error, past Qt's message handler. The interface of libpng that
+/// is used here keeps them to itself.
+QImage decodedPng(std::string_view file) {
+  // libpng has all pixels before it comes to the mark at the end, and so does not look for it.
+  constexpr std::string_view kEndOfFile = "IEND\xae\x42\x60\x82";
+  if (file.rfind(kEndOfFile) == std::string_view::npos) return {};
+
+  png_image header{};
+  header.version = PNG_IMAGE_VERSION;
+  const auto release = [](png_image* image) { ::png_image_free(image); };
+  const std::unique_ptr<png_image, decltype(release)> png(&header, release);
+  if (::png_image_begin_read_from_memory(&header, file.data(), file.size()) == 0) return {};
+  if (isTooLarge(header.width, header.height)) return {};
+
+  header.format = PNG_FORMAT_RGBA;
+  QImage image(static_cast<int>(header.width), static_cast<int>(header.height),
+               QImage::Format_RGBA8888);
+  if (image.isNull()) return {};
+  const auto bytesOfARow = static_cast<png_int_32>(image.bytesPerLine());
+  const bool isWhole =
+      ::png_image_finish_read(&header, nullptr, image.bits(), bytesOfARow, nullptr) != 0;
+  return isWhole ? image : QImage();
+}
+
+NSDecodedImage decodedImageOf(const QImage& image) {
+  const auto size = withinBitmapLimits(image.size());
+  return {.width = image.width(),
+          .height = image.height(),
+          .bitmap = bitmapOf(image.scaled(size, Qt::IgnoreAspectRatio, Qt::SmoothTransformation)
+                                 .convertToFormat(QImage::Format_ARGB32_Premultiplied))};
+}
+
+}  // namespace
+
+std::optional<NSDecodedImage> QtImageDecoder::decode(std::span<const std::byte> bytes) const {
+  // Qt takes bytes as characters.
+  const auto* const chars = reinterpret_cast<const char*>(bytes.data());
+  const std::string_view file(chars, bytes.size());
+  if (isCutJpeg(file) || isCutBmp(file)) return std::nullopt;
+  if (isPng(file)) {
+    const auto image = decodedPng(file);
+    return image.isNull() ? std::nullopt : std::optional(decodedImageOf(image));
+  }
+
+  QByteArray data = QByteArray::fromRawData(chars, static_cast<qsizetype>(bytes.size()));
+  QBuffer buffer(&data);
+  buffer.open(QIODevice::ReadOnly);
+
+  // To find out the format by itself, Qt would load all of its plugins.
+  const bool isJpeg = file.starts_with("\xff\xd8\xff");
+  QImageReader reader(&buffer, isJpeg ? "jpeg" : QByteArray());
+  reader.setAutoDetectImageFormat(!isJpeg);
+  reader.setDecideFormatFromContent(!isJpeg);
+  reader.setAutoTransform(true);
+  const QSize stored = reader.size();
+  if (stored.isEmpty() || isTooLarge(stored.width(), stored.height())) return std::nullopt;
+
+  reader.setScaledSize(withinBitmapLimits(stored));
+  const QImage image = reader.read().convertToFormat(QImage::Format_ARGB32_Premultiplied);
+  if (image.isNull()) return std::nullopt;
+
+  const bool turned = reader.transformation().testFlag(QImageIOHandler::TransformationRotate90);
+  return NSDecodedImage{.width = turned ? stored.height() : stored.width(),
+                        .height = turned ? stored.width() : stored.height(),
+                        .bitmap = bitmapOf(image)};
+}
+
+}  // namespace Corvella

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <tfilestream.h>
+
+#include "platform/base/RegularFile.h"
+
+namespace Corvella {
+
+/// An open file as TagLib reads it, without what lets a small file exhaust the stack or the memory
+/// of its reader. TagLib 1.13 has these defects:
+/// - It follows the nested boxes of MP4 and the nested chapters of ID3v2 by recursion, however deep
+///   they are. Some 200,000 boxes or 20,000 chapters overflow a stack of 8 MB.
+/// - It unpacks a compressed frame of ID3v2 whatever its size: a tag of 65 KB takes 300 MB.
+/// - It needs about half a kilobyte for the smallest frame of ID3v2: a tag of 15 MB takes 480 MB.
+///
+/// A file or a tag that goes beyond a bound seems to end. Used by one thread.
+class GuardedStream : public TagLib::FileStream {
+ public:
+  /// Reads `file` through a descriptor of its own.
+  explicit GuardedStream(const RegularFile& file);
+
+  TagLib::ByteVector readBlock(unsigned long length) override;
+
+ private:
+  int readsLeft_;
+  unsigned long bytesLeft_;
+  TagLib::ByteVector lastBlock_;  ///< Kept when it is as long as the header of an ID3v2 tag.
+};
+
+}  // namespace Corvella
