@@ -21,6 +21,10 @@ class PlayerNewsListener {
   virtual ~PlayerNewsListener() = default;
 
   virtual void playerNews(PlayerNews news) = 0;
+
+  /// Whether it wants to know more than that the player has left. While it does not, nobody is
+  /// asked anything on its behalf. Any thread.
+  virtual bool isListening() const { return true; }
 };
 
 }  // namespace Corvella

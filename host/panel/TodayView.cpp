@@ -129,7 +129,9 @@ void TodayView::appear() {
   if (open_) return;
   if (playerHasLeft_) startAnew();
   open_ = true;
+  run_->bridge.setListening(true);
   extension().appear();
+  describePlayer();
   everyMinute_.start();
   emit appeared();
 }
@@ -139,6 +141,7 @@ void TodayView::disappear() {
   everyMinute_.stop();
   pages_.stop();
   window_->setNotice({});
+  run_->bridge.setListening(false);
   extension().disappear();
   emit titleChanged({});
   emit disappeared();
@@ -184,8 +187,8 @@ void TodayView::raisePlayer() const {
 void TodayView::showPlayerMenu() {
   if (!menu_) {
     menu_ = std::make_unique<PlayerMenu>([this] { return players(); }, window_.get());
-    menu_->setPalette(
-        theme::palette());  // A window of its own does not take over that of the panel.
+    // A window of its own does not take over the colours of the panel.
+    menu_->setPalette(theme::palette());
     connect(menu_.get(), &PlayerMenu::chosen, this, &TodayView::showPlayer);
     connect(menu_.get(), &PlayerMenu::raiseWanted, this, &TodayView::raisePlayer);
   }

@@ -49,6 +49,7 @@ void WidgetBridge::startFailed(const std::string& reason) {
 }
 
 void WidgetBridge::playerNews(PlayerNews news) {
+  if (!listening_ && news != PlayerNews::Left) return;
   post([&](Changes& changes) { changes.news.insert(news); });
 }
 

@@ -2,6 +2,7 @@
 
 #include <QObject>
 #include <QString>
+#include <atomic>
 #include <cstdint>
 #include <mutex>
 #include <optional>
@@ -27,6 +28,10 @@ class WidgetBridge final : public QObject, public WidgetHost, public PlayerNewsL
   void settled(std::uint64_t number) override;
   void startFailed(const std::string& reason) override;
   void playerNews(PlayerNews news) override;
+  bool isListening() const override { return listening_; }
+
+  /// Whether news other than that the player has left are carried; at first they are not.
+  void setListening(bool listening) { listening_ = listening; }
 
  signals:
   /// These are emitted on the GUI thread, the display's change first.
@@ -49,6 +54,7 @@ class WidgetBridge final : public QObject, public WidgetHost, public PlayerNewsL
   void post(Change change);
   Q_INVOKABLE void deliver();
 
+  std::atomic<bool> listening_ = false;
   std::mutex mutex_;
   Changes changes_;      // Guarded by the mutex.
   bool posted_ = false;  // Guarded by the mutex: whether `deliver` waits in the event loop.

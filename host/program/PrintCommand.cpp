@@ -48,6 +48,7 @@ class Printer final : public QObject {
   void start() {
     run_ = nullptr;  // Waits for a script that is running, which nothing here minds.
     run_ = std::make_unique<Run>();
+    run_->bridge.setListening(commandLine_.follow);
     run_->session = composition_.startWidget(commandLine_.player, run_->bridge, run_->bridge);
     display_ = {};
     auto& bridge = run_->bridge;

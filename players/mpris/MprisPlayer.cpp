@@ -1,10 +1,13 @@
 #include "players/mpris/MprisPlayer.h"
 
+#include <chrono>
 #include <optional>
+#include <string>
 #include <utility>
 
 namespace Corvella {
 
+using namespace std::chrono_literals;
 using Player = PlayerRoster::Player;
 
 namespace {
@@ -52,7 +55,10 @@ PlayerAnswer<std::optional<std::chrono::microseconds>> MprisPlayer::playerPositi
   if (!player) return player.failure();
   const auto value = get(*player, "Position");
   if (!value) return value.failure();
-  return positionOf(&*value);
+  const auto position = positionOf(&*value);
+  // Some players that have stopped refuse to say where, which would leave the last position shown.
+  if (!position && player->state == PlayerState::Stopped) return std::optional(0us);
+  return position;
 }
 
 PlayerAnswer<int> MprisPlayer::soundVolume() {
@@ -60,7 +66,9 @@ PlayerAnswer<int> MprisPlayer::soundVolume() {
   if (!player) return player.failure();
   const auto value = get(*player, "Volume");
   if (!value) return value.failure();
-  return volumeOf(&*value);
+  const int volume = volumeOf(&*value);
+  roster_.noticeVolume(player->owner, volume);
+  return volume;
 }
 
 PlayerAnswer<Done> MprisPlayer::setSoundVolume(int volume) {
@@ -69,6 +77,7 @@ PlayerAnswer<Done> MprisPlayer::setSoundVolume(int volume) {
   const auto abilities = abilitiesOf(*player);
   if (!abilities) return abilities.failure();
   if (!abilities->listsVolume) return PlayerFailure::NotUnderstood;
+  roster_.expectChange(player->owner);
   return set(*player, "Volume", volume / 100.0);
 }
 
@@ -80,6 +89,8 @@ PlayerAnswer<Track> MprisPlayer::currentTrack() {
   auto& metadata = described->metadata;
   auto tags = files_.tags(metadata.url, metadata.asText);
   const int rating = described->ratingPoints(tags, player->name);
+  roster_.noticeTrack(player->owner,
+                      metadata.artist + '\n' + metadata.album + '\n' + std::to_string(rating));
   return Track{.name = std::move(metadata.title),
                .artist = textOr(std::move(metadata.artist), "Unknown Artist"),
                .album = textOr(std::move(metadata.album), "Unknown Album"),
@@ -107,6 +118,7 @@ PlayerAnswer<Done> MprisPlayer::setRatingOfCurrentTrack(int rating) {
   if (!properties) return properties.failure();
   const auto track = trackIn(*player, *properties);
   if (!track) return track.failure();
+  roster_.expectChange(player->owner);
   if (properties->contains("Rating")) return set(*player, "Rating", rating / 100.0);
   if (!isRhythmbox(player->name)) return PlayerFailure::NotUnderstood;
   return rateInRhythmbox(*player, track->url, rating);
@@ -115,6 +127,7 @@ PlayerAnswer<Done> MprisPlayer::setRatingOfCurrentTrack(int rating) {
 PlayerAnswer<Done> MprisPlayer::perform(PlaybackRequest request) {
   const auto player = reachablePlayer();
   if (!player) return player.failure();
+  roster_.expectChange(player->owner);
   switch (request) {
     case PlaybackRequest::Play:
       return play(*player);

@@ -149,6 +149,31 @@ void PlayerRoster::learn(const std::string& owner, PlayerState state) {
   if (auto* const found = find(owner)) setState(found->second, state);
 }
 
+template <typename Value>
+void PlayerRoster::notice(const std::string& owner, std::optional<Value> Entry::*known,
+                          Value answer) {
+  const std::lock_guard lock(mutex_);
+  auto* const found = find(owner);
+  if (found == nullptr) return;
+  auto& before = found->second.*known;
+  const bool differs = before && *before != answer;
+  before = std::move(answer);
+  if (differs && isCurrent(owner)) tell(PlayerNews::Changed);
+}
+
+void PlayerRoster::noticeVolume(const std::string& owner, int volume) {
+  notice(owner, &Entry::volume, volume);
+}
+
+void PlayerRoster::noticeTrack(const std::string& owner, std::string description) {
+  notice(owner, &Entry::track, std::move(description));
+}
+
+void PlayerRoster::expectChange(const std::string& owner) {
+  const std::lock_guard lock(mutex_);
+  if (auto* const found = find(owner)) found->second.forgetAnswers();
+}
+
 bool PlayerRoster::fellSilent(const std::string& owner) {
   const std::lock_guard lock(mutex_);
   auto* const found = find(owner);
@@ -180,6 +205,7 @@ void PlayerRoster::propertiesChanged(const std::string& owner, const PropertyMap
   if (found == nullptr) return;
   auto& entry = found->second;
   entry.lastChange = ++changes_;
+  entry.forgetAnswers();
   const auto described = describe(entry);
   if (const auto* status = changed.find("PlaybackStatus")) setState(entry, stateOf(status));
   // Properties that turned up later are learned from the next whole list.
@@ -217,7 +243,7 @@ void PlayerRoster::identityListed(const std::string& owner, const PropertyMap& p
   auto* const found = find(owner);
   if (found == nullptr) return;
   auto& description = found->second.description;
-  description.identity = textOf(properties.find("Identity"));
+  if (const auto* identity = properties.find("Identity")) description.identity = textOf(identity);
   readFlag(properties, "CanRaise", description.canRaise);
   if (isCurrent(owner)) tell(PlayerNews::Described);
 }
@@ -273,7 +299,7 @@ int PlayerRoster::rank(const Entry& entry) {
 
 bool PlayerRoster::isFollowed(const std::string& owner) const {
   const std::lock_guard lock(mutex_);
-  return listener_ != nullptr && isCurrent(owner);
+  return listener_ != nullptr && listener_->isListening() && isCurrent(owner);
 }
 
 bool PlayerRoster::knows(const std::string& owner) const {

@@ -76,6 +76,14 @@ class PlayerRoster final : public MprisObserver {
   void learn(const std::string& owner, PlayerAbilities abilities);
   void learn(const std::string& owner, PlayerState state);
 
+  /// Notes the volume (0..100) that a player answered, and what describes its track besides the
+  /// title. There are players that change these and tell nobody, and whoever shows the player
+  /// compares titles alone: where the answer differs from the one before, that is news.
+  void noticeVolume(const std::string& owner, int volume);
+  void noticeTrack(const std::string& owner, std::string description);
+  /// The player has been told to do something, so that its next answers are no surprise.
+  void expectChange(const std::string& owner);
+
   /// Notes that a player missed a caller's deadline; false when that was known.
   bool fellSilent(const std::string& owner);
 
@@ -103,6 +111,14 @@ class PlayerRoster final : public MprisObserver {
     std::optional<std::chrono::steady_clock::time_point> stoppedPlaying;
     std::optional<PlayerAbilities> abilities;
     PlayerDescription description;  // But for what the other fields say.
+    // As answered last; absent when the next answer is no news, whatever it is.
+    std::optional<int> volume;
+    std::optional<std::string> track;
+
+    void forgetAnswers() {
+      volume.reset();
+      track.reset();
+    }
   };
   using Entries = std::map<std::string, Entry>;
 
@@ -116,6 +132,8 @@ class PlayerRoster final : public MprisObserver {
   /// Tells when the current player has left, or when the choice would fall on another one.
   void tellOfChoice();
   void setState(Entry& entry, PlayerState state);
+  template <typename Value>
+  void notice(const std::string& owner, std::optional<Value> Entry::*known, Value answer);
   /// The player of that owner; null when it is unknown.
   Entries::value_type* find(const std::string& owner);
   /// The player that is to be the current one; null when there is none.

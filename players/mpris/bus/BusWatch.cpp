@@ -70,6 +70,9 @@ BusWatch::BusWatch(MprisObserver& observer, const MprisDeadlines& deadlines)
   subscribe<&BusWatch::propertiesChanged>(
       "type='signal',interface='org.freedesktop.DBus.Properties',member='PropertiesChanged',"
       "path='/org/mpris/MediaPlayer2',arg0='org.mpris.MediaPlayer2.Player'");
+  subscribe<&BusWatch::identityChanged>(
+      "type='signal',interface='org.freedesktop.DBus.Properties',member='PropertiesChanged',"
+      "path='/org/mpris/MediaPlayer2',arg0='org.mpris.MediaPlayer2'");
   subscribe<&BusWatch::positionJumped>(
       "type='signal',interface='org.mpris.MediaPlayer2.Player',member='Seeked',"
       "path='/org/mpris/MediaPlayer2'");
@@ -169,7 +172,7 @@ void BusWatch::findOwner(const std::string& name) {
 
 void BusWatch::greet(const std::string& name, const std::string& owner) {
   observer_.playerAppeared(name, owner);
-  askStatus(owner, microseconds(deadlines_.greeting));
+  askStatus(owner);
   toDescribe_[owner] = std::chrono::steady_clock::now() + deadlines_.greeting;
 }
 
@@ -204,26 +207,34 @@ void BusWatch::askProperties(const std::string& owner, const char* interface,
       true);
 }
 
-void BusWatch::compareAnswers(const std::string& owner, PropertyMap told) {
-  if (!observer_.isFollowed(owner) || !comparing_.insert(owner).second) return;
+void BusWatch::compareAnswers(const std::string& owner, const PropertyMap& told) {
+  if (!observer_.isFollowed(owner)) return;
+  const auto [latest, isFirst] = told_.try_emplace(owner);
+  for (const auto* const name : {"PlaybackStatus", "Metadata", "Volume", "Rating"}) {
+    if (const auto* const value = told.find(name)) latest->second[name] = *value;
+  }
+  if (!isFirst) return;  // The player answers the question under way after it sent this signal.
   send(methodCall(connection_.get(), owner.c_str(), kPlayerPath, kPropertiesInterface, "GetAll",
                   "s", kPlayerInterface),
-       microseconds(deadlines_.call), [this, owner, told = std::move(told)](sd_bus_message* reply) {
-         comparing_.erase(owner);
-         if (isError(reply)) return;
-         const auto answered = readProperties(reply);
-         // It may be on its way to another track, or leave the panel to another player.
-         const bool mayGoOn = textOf(told.find("PlaybackStatus")) == "Stopped";
-         // Some players do not tell when they come to be able to do something.
-         observer_.propertiesListed(owner, answered);
-         for (const auto* const name : {"PlaybackStatus", "Metadata", "Volume", "Rating"}) {
-           const auto* const value = told.find(name);
-           const auto* const answer = answered.find(name);
-           if (value == nullptr || answer == nullptr || (*value == *answer && !mayGoOn)) continue;
-           differing_[owner] = std::chrono::steady_clock::now() + kUntilAnswersAgree;
-           return;
-         }
+       microseconds(deadlines_.call), [this, owner](sd_bus_message* reply) {
+         const auto entry = told_.extract(owner);
+         if (!isError(reply)) answersCame(owner, entry.mapped(), readProperties(reply));
        });
+}
+
+void BusWatch::answersCame(const std::string& owner, const Told& told,
+                           const PropertyMap& answered) {
+  // Some players do not tell when they come to be able to do something.
+  observer_.propertiesListed(owner, answered);
+  // It may be on its way to another track, or leave the panel to another player.
+  const auto status = told.find("PlaybackStatus");
+  const bool mayGoOn = status != told.end() && textOf(&status->second) == "Stopped";
+  for (const auto& [name, value] : told) {
+    const auto* const answer = answered.find(name);
+    if (answer == nullptr || (value == *answer && !mayGoOn)) continue;
+    differing_[owner] = std::chrono::steady_clock::now() + kUntilAnswersAgree;
+    return;
+  }
 }
 
 void BusWatch::lookAgain() {
@@ -235,7 +246,7 @@ void BusWatch::lookAgain() {
   });
 }
 
-void BusWatch::askStatus(const std::string& owner, std::uint64_t deadline) {
+void BusWatch::askStatus(const std::string& owner) {
   // One question at a time is enough: its answer comes after the signal that led here, so it is
   // not older than that signal. A flood of signals would otherwise become a flood of questions.
   if (!asked_.insert(owner).second) return;
@@ -243,7 +254,7 @@ void BusWatch::askStatus(const std::string& owner, std::uint64_t deadline) {
   send(
       methodCall(connection_.get(), owner.c_str(), kPlayerPath, kPropertiesInterface, "Get", "ss",
                  kPlayerInterface, "PlaybackStatus"),
-      deadline,
+      microseconds(deadlines_.greeting),
       [this, owner, start](sd_bus_message* reply) {
         asked_.erase(owner);
         const auto time = std::chrono::steady_clock::now() - start;
@@ -259,11 +270,28 @@ void BusWatch::statusReplied(const std::string& owner, sd_bus_message* reply, bo
     describe(owner);
   } else if (late) {
     observer_.playerFellSilent(owner);
-    askStatus(owner, kNoDeadline);
+    probeUntilBack(owner);
   } else {
     observer_.playerAnswered(owner, nullptr);
     describe(owner);
   }
+}
+
+void BusWatch::probeUntilBack(const std::string& owner) {
+  if (!probed_.insert(owner).second) return;
+  const auto start = std::chrono::steady_clock::now();
+  // The question that players take longest to answer. One that answers it late would fall silent
+  // again at once, and the display would change with each of its answers.
+  send(methodCall(connection_.get(), owner.c_str(), kPlayerPath, kPropertiesInterface, "GetAll",
+                  "s", kPlayerInterface),
+       kNoDeadline, [this, owner, start](sd_bus_message* reply) {
+         probed_.erase(owner);
+         const auto time = std::chrono::steady_clock::now() - start;
+         if (time >= deadlines_.call && observer_.knows(owner)) return probeUntilBack(owner);
+         const auto properties = isError(reply) ? PropertyMap() : readProperties(reply);
+         observer_.playerAnswered(owner, properties.find("PlaybackStatus"));
+         describe(owner);
+       });
 }
 
 void BusWatch::startProbes() {
@@ -272,7 +300,7 @@ void BusWatch::startProbes() {
     const std::lock_guard lock(mutex_);
     owners.swap(toProbe_);
   }
-  for (const auto& owner : owners) askStatus(owner, kNoDeadline);
+  for (const auto& owner : owners) probeUntilBack(owner);
 }
 
 void BusWatch::startRaises() {
@@ -304,14 +332,21 @@ void BusWatch::propertiesChanged(sd_bus_message* signal) {
   if (sender == nullptr || !observer_.knows(sender)) return;
   const std::string owner = sender;
   checkBus(sd_bus_message_skip(signal, "s"), "an interface");
-  auto changed = readProperties(signal);
+  const auto changed = readProperties(signal);
   std::vector<std::string> invalidated;
   readTexts(signal, [&](const char* name) { invalidated.emplace_back(name); });
   observer_.propertiesChanged(owner, changed, invalidated);
   const bool statusUnknown =
       std::find(invalidated.begin(), invalidated.end(), "PlaybackStatus") != invalidated.end();
-  if (statusUnknown) askStatus(owner, microseconds(deadlines_.greeting));
-  compareAnswers(owner, std::move(changed));
+  if (statusUnknown) askStatus(owner);
+  compareAnswers(owner, changed);
+}
+
+void BusWatch::identityChanged(sd_bus_message* signal) {
+  const auto* const sender = sd_bus_message_get_sender(signal);
+  if (sender == nullptr || !observer_.knows(sender)) return;
+  checkBus(sd_bus_message_skip(signal, "s"), "an interface");
+  observer_.identityListed(sender, readProperties(signal));
 }
 
 void BusWatch::positionJumped(sd_bus_message* signal) {

@@ -37,6 +37,8 @@ class BusWatch {
 
  private:
   using ReplyHandler = std::function<void(sd_bus_message*)>;
+  /// The properties that a player has told, by name; the newest value of each.
+  using Told = std::map<std::string, PropertyValue>;
 
   /// A call whose reply has not come yet.
   struct Call {
@@ -54,9 +56,10 @@ class BusWatch {
   void findOwner(const std::string& name);
   void greet(const std::string& name, const std::string& owner);
 
-  /// Without a deadline this is the probe of a silent player.
-  void askStatus(const std::string& owner, std::uint64_t deadline);
+  void askStatus(const std::string& owner);
   void statusReplied(const std::string& owner, sd_bus_message* reply, bool late);
+  /// Asks a silent player until it has answered in time.
+  void probeUntilBack(const std::string& owner);
   void describe(const std::string& owner);
   /// `handler` gets an empty map from a player that does not list its properties in time.
   void askProperties(const std::string& owner, const char* interface,
@@ -64,12 +67,14 @@ class BusWatch {
                      std::function<void(const PropertyMap&)> handler);
   /// Asks a player for the properties that it has just said have changed. Some players send the
   /// signal a little before they answer with the new values; then they are looked at once more.
-  void compareAnswers(const std::string& owner, PropertyMap told);
+  void compareAnswers(const std::string& owner, const PropertyMap& told);
+  void answersCame(const std::string& owner, const Told& told, const PropertyMap& answered);
   void lookAgain();
   void startProbes();
   void startRaises();
   void nameOwnerChanged(sd_bus_message* signal);
   void propertiesChanged(sd_bus_message* signal);
+  void identityChanged(sd_bus_message* signal);
   void positionJumped(sd_bus_message* signal);
 
   /// Sends a call; `handler` gets the reply, or an error in its place, later on this thread. The
@@ -83,13 +88,15 @@ class BusWatch {
   const MprisDeadlines deadlines_;
   BusConnection connection_;
   std::list<Call> calls_;
-  std::set<std::string> asked_;  // Owners whose status has been asked for and not been answered.
+  std::set<std::string> asked_;   // Owners whose status has been asked for and not been answered.
+  std::set<std::string> probed_;  // Owners that are silent.
   bool listed_ = false;
   int outstanding_ = 0;  // Calls that make up the first list of players.
 
   /// Players whose answers differed from what they told, and when to look at them again.
   std::map<std::string, std::chrono::steady_clock::time_point> differing_;
-  std::set<std::string> comparing_;
+  /// What players have told that are being asked for their answers to it.
+  std::map<std::string, Told> told_;
   /// Players that have appeared and not answered yet, and until when they are to be described.
   std::map<std::string, std::chrono::steady_clock::time_point> toDescribe_;
 

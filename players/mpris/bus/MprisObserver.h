@@ -23,8 +23,9 @@ class MprisObserver {
   virtual void propertiesChanged(const std::string& owner, const PropertyMap& changed,
                                  const std::vector<std::string>& invalidated) = 0;
 
-  /// All properties of `org.mpris.MediaPlayer2.Player` and of `org.mpris.MediaPlayer2`, as the
-  /// player listed them when it appeared. Some players never do.
+  /// All properties of `org.mpris.MediaPlayer2.Player`, as the player listed them when it appeared
+  /// or was looked at again, and those of `org.mpris.MediaPlayer2`, all or the changed ones. Some
+  /// players never list theirs.
   virtual void propertiesListed(const std::string& owner, const PropertyMap& properties) = 0;
   virtual void identityListed(const std::string& owner, const PropertyMap& properties) = 0;
 
