@@ -32,7 +32,8 @@ QPainterPath starPath() {
   return path;
 }
 
-QColor starColor(bool lit, bool preview, bool highlighted) {
+QColor starColor(bool lit, bool enabled, bool preview, bool highlighted) {
+  if (!enabled) return lit ? theme::faintText() : theme::faintGroove();
   if (!lit) return theme::groove();
   if (preview) return theme::starPreview();
   return highlighted ? theme::star() : theme::dimmed();
@@ -86,10 +87,7 @@ void StarRating::paintEvent(QPaintEvent* /*event*/) {
     painter.save();
     painter.translate(pitch * (i + 0.5), height() / 2.0 + radius * 0.05);
     painter.scale(radius, radius);
-    const bool isLit = i < lit;
-    painter.setBrush(isEnabled() || !isLit
-                         ? starColor(isLit, preview_ && !down_, content_.highlighted)
-                         : theme::faintText());
+    painter.setBrush(starColor(i < lit, isEnabled(), preview_ && !down_, content_.highlighted));
     painter.drawPath(star);
     painter.restore();
   }

@@ -35,6 +35,10 @@ inline QColor notice() {
 inline QColor groove() {
   return {0xff, 0xff, 0xff, 0x5c};
 }
+/// Of grooves and of such stars where they cannot be used just now.
+inline QColor faintGroove() {
+  return {0xff, 0xff, 0xff, 0x24};
+}
 inline QColor accent() {
   return {0x6c, 0xb2, 0xff};
 }

@@ -84,7 +84,8 @@ void ValueSlider::paintEvent(QPaintEvent* /*event*/) {
   painter.setRenderHint(QPainter::Antialiasing);
   const auto held = thumb();
   QRectF groove(kThumb / 4, (height() - kThickness) / 2, width() - kThumb / 2, kThickness);
-  theme::fillRounded(painter, groove, kThickness / 2, theme::groove());
+  theme::fillRounded(painter, groove, kThickness / 2,
+                     isEnabled() ? theme::groove() : theme::faintGroove());
   groove.setRight(held.center().x());
   theme::fillRounded(painter, groove, kThickness / 2,
                      isEnabled() ? theme::accent() : theme::faintText());

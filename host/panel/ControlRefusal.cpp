@@ -1,14 +1,15 @@
 #include "host/panel/ControlRefusal.h"
 
-#include <array>
+#include <algorithm>
 #include <string_view>
+#include <vector>
 
 namespace Corvella {
 
 namespace {
 
 struct Rule {
-  std::string_view identifier;
+  std::vector<std::string_view> controls;
   bool (*isPossible)(const PlayerDescription& player);
   const char* refusal;  ///< %1 stands for the player.
 };
@@ -17,38 +18,45 @@ bool obeysPlayButton(const PlayerDescription& player) {
   return player.playing ? player.canPause : player.canPlay;
 }
 
-constexpr std::array kRules{
-    Rule{"previousButton", [](const auto& player) { return player.canControl; },
-         "%1 takes no commands"},
-    Rule{"playButton", [](const auto& player) { return player.canControl; },
-         "%1 takes no commands"},
-    Rule{"nextButton", [](const auto& player) { return player.canControl; },
-         "%1 takes no commands"},
-    Rule{"previousButton", [](const auto& player) { return player.canGoPrevious; },
-         "%1 has no track before this one"},
-    Rule{"nextButton", [](const auto& player) { return player.canGoNext; },
-         "%1 has no track after this one"},
-    Rule{"playButton", obeysPlayButton, "%1 cannot do that just now"},
-    Rule{"songRatingIndicator", [](const auto& player) { return player.keepsRating; },
-         "%1 keeps no ratings"},
-    Rule{"soundVolume", [](const auto& player) { return player.keepsVolume; },
-         "%1 lets nobody set its volume"}};
-
-bool isControl(std::string_view identifier) {
-  for (const auto& rule : kRules) {
-    if (rule.identifier == identifier) return true;
-  }
-  return identifier == "toggleLyricsButton";
+/// The first rule that forbids a control gives the reason. The lyrics are not forbidden to one who
+/// wants to fold them while the player does not answer.
+const std::vector<Rule>& rules() {
+  constexpr auto kPrevious = "previousButton";
+  constexpr auto kPlay = "playButton";
+  constexpr auto kNext = "nextButton";
+  constexpr auto kRating = "songRatingIndicator";
+  constexpr auto kVolume = "soundVolume";
+  static const std::vector<Rule> all{
+      {{kPrevious, kPlay, kNext, kRating, kVolume, "toggleLyricsButton"},
+       [](const auto& player) { return player.exists(); },
+       "No player is running"},
+      {{kPrevious, kPlay, kNext, kRating, kVolume},
+       [](const auto& player) { return !player.silent; },
+       "%1 does not answer"},
+      {{kPrevious, kPlay, kNext},
+       [](const auto& player) { return player.canControl; },
+       "%1 takes no commands"},
+      {{kPrevious},
+       [](const auto& player) { return player.canGoPrevious; },
+       "%1 has no track before this one"},
+      {{kNext},
+       [](const auto& player) { return player.canGoNext; },
+       "%1 has no track after this one"},
+      {{kPlay}, obeysPlayButton, "%1 cannot do that just now"},
+      {{kRating}, [](const auto& player) { return player.keepsRating; }, "%1 keeps no ratings"},
+      {{kVolume},
+       [](const auto& player) { return player.keepsVolume; },
+       "%1 lets nobody set its volume"}};
+  return all;
 }
 
 }  // namespace
 
 QString controlRefusal(const std::string& identifier, const PlayerDescription& player) {
-  if (!isControl(identifier)) return {};
-  if (!player.exists()) return "No player is running";
-  for (const auto& rule : kRules) {
-    if (rule.identifier != identifier || rule.isPossible(player)) continue;
-    return QString(rule.refusal).arg(QString::fromStdString(player.identity));
+  for (const auto& [controls, isPossible, refusal] : rules()) {
+    if (std::ranges::find(controls, identifier) == controls.end() || isPossible(player)) continue;
+    const QString text(refusal);
+    return text.contains("%1") ? text.arg(QString::fromStdString(player.identity)) : text;
   }
   return {};
 }
