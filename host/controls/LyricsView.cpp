@@ -147,12 +147,22 @@ void LyricsView::resizeEvent(QResizeEvent* /*event*/) {
   takeFocusWhenThereIsText();
 }
 
+template <typename Change>
+void LyricsView::changeSelection(Change change) {
+  change();
+  update();
+  const auto [start, end] = selection_.range();
+  QAccessibleTextSelectionEvent changed(this, static_cast<int>(start), static_cast<int>(end));
+  changed.setCursorPosition(static_cast<int>(selection_.cursor()));
+  QAccessible::updateAccessibility(&changed);
+}
+
 void LyricsView::keyPressEvent(QKeyEvent* event) {
   const auto* const moves = std::ranges::find_if(
       kMoveKeys, [event](const MoveKey& key) { return event->matches(key.key); });
   if (moves != kMoveKeys.end()) {
-    selection_.extend(moves->move);
-    showSelection();
+    changeSelection([&] { selection_.extend(moves->move); });
+    emit cursorMoved(layout_.caretAt(selection_.cursor()).toAlignedRect());
     offerSelection();
   } else if (event->matches(QKeySequence::SelectAll)) {
     selectAll();
@@ -166,20 +176,20 @@ void LyricsView::keyPressEvent(QKeyEvent* event) {
 void LyricsView::mousePressEvent(QMouseEvent* event) {
   using Unit = LyricsSelection::Unit;
   if (event->button() != Qt::LeftButton) return event->ignore();
-  if (event->modifiers().testFlag(Qt::ShiftModifier)) {
-    selection_.hold();
-    selection_.dragTo(event->position());
-  } else {
-    selection_.begin(event->position(), isThirdClick(*event) ? Unit::Line : Unit::Letter);
-  }
-  showSelection();
+  changeSelection([&] {
+    if (event->modifiers().testFlag(Qt::ShiftModifier)) {
+      selection_.hold();
+      selection_.dragTo(event->position());
+    } else {
+      selection_.begin(event->position(), isThirdClick(*event) ? Unit::Line : Unit::Letter);
+    }
+  });
 }
 
 void LyricsView::mouseDoubleClickEvent(QMouseEvent* event) {
   if (event->button() != Qt::LeftButton) return event->ignore();
   doubleClick_ = {.milliseconds = event->timestamp(), .place = event->position()};
-  selection_.begin(event->position(), LyricsSelection::Unit::Word);
-  showSelection();
+  changeSelection([&] { selection_.begin(event->position(), LyricsSelection::Unit::Word); });
 }
 
 bool LyricsView::isThirdClick(const QMouseEvent& event) const {
@@ -192,8 +202,8 @@ bool LyricsView::isThirdClick(const QMouseEvent& event) const {
 
 void LyricsView::mouseMoveEvent(QMouseEvent* event) {
   if (!event->buttons().testFlag(Qt::LeftButton)) return event->ignore();
-  selection_.dragTo(event->position());
-  showSelection();
+  changeSelection([&] { selection_.dragTo(event->position()); });
+  emit cursorMoved(layout_.caretAt(selection_.cursor()).toAlignedRect());
 }
 
 void LyricsView::mouseReleaseEvent(QMouseEvent* event) {
@@ -226,16 +236,7 @@ void LyricsView::selectAll() {
 }
 
 void LyricsView::select(qsizetype anchor, qsizetype cursor) {
-  selection_.select(anchor, cursor);
-  showSelection();
-}
-
-void LyricsView::showSelection() {
-  update();
-  const auto [start, end] = selection_.range();
-  QAccessibleTextSelectionEvent changed(this, static_cast<int>(start), static_cast<int>(end));
-  changed.setCursorPosition(static_cast<int>(selection_.cursor()));
-  QAccessible::updateAccessibility(&changed);
+  changeSelection([&] { selection_.select(anchor, cursor); });
 }
 
 void LyricsView::takeFocusWhenThereIsText() {

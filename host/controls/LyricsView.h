@@ -44,6 +44,9 @@ class LyricsView final : public QWidget {
  signals:
   /// There are other lyrics to read now.
   void textReplaced();
+  /// The user has moved the cursor by a key, or while selecting with the mouse; where it stands in
+  /// this view.
+  void cursorMoved(const QRect& cursor);
 
  protected:
   void paintEvent(QPaintEvent* event) override;
@@ -69,7 +72,9 @@ class LyricsView final : public QWidget {
   void paintLine(QPainter& painter, qsizetype line, const QRect& exposed);
   QTextLayout::FormatRange selectedIn(qsizetype line) const;
   bool isThirdClick(const QMouseEvent& event) const;
-  void showSelection();
+  /// The one way to change the selection: shows and tells what has become of it.
+  template <typename Change>
+  void changeSelection(Change change);
   void copy() const;
   void offerSelection() const;
   void selectAll();

@@ -68,6 +68,10 @@ TodayWindow::TodayWindow()
   // Without this, other lyrics would appear scrolled to where those before were being read.
   connect(&panel_, &WidgetPanel::lyricsReplaced, this,
           [this] { scroll_.verticalScrollBar()->setValue(0); });
+  connect(&panel_, &WidgetPanel::placeReached, this, [this](const QRect& place) {
+    const auto inCard = place.translated(panel_.mapTo(&card_, QPoint()));
+    scroll_.ensureVisible(inCard.center().x(), inCard.center().y(), 0, inCard.height());
+  });
   card_.resize(kFirstCard);
   setCardHeight(kFirstCard.height());
 }

@@ -220,6 +220,9 @@ void WidgetPanel::connectInput(StarRating& rating, const std::string& identifier
 // NOLINTNEXTLINE(readability-make-member-function-const): the overloads are chosen by the widget.
 void WidgetPanel::connectInput(LyricsView& lyrics, const std::string& /*identifier*/) {
   connect(&lyrics, &LyricsView::textReplaced, this, &WidgetPanel::lyricsReplaced);
+  connect(&lyrics, &LyricsView::cursorMoved, this, [this, &lyrics](const QRect& cursor) {
+    emit placeReached(cursor.translated(lyrics.mapTo(this, QPoint())));
+  });
 }
 
 void WidgetPanel::choose(const std::string& identifier, double value) {

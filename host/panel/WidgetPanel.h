@@ -52,6 +52,8 @@ class WidgetPanel final : public QWidget {
   void valueChosen(const QString& identifier, double value, quint64 input);
   /// There are other lyrics to read now, or those of another song.
   void lyricsReplaced();
+  /// That part of the panel is to be seen: the user moves a cursor there.
+  void placeReached(const QRect& place);
 
  private:
   struct ContentDisplayer;
