@@ -56,7 +56,7 @@ int drawInsteadOfWindow(TodayView& view) {
 /// drawing offscreen.
 bool choosePlatform() {
   std::string platforms;
-  if (qEnvironmentVariableIsSet(kPlatform)) {
+  if (!qEnvironmentVariableIsEmpty(kPlatform)) {
     platforms = qgetenv(kPlatform).toStdString();
     if (platforms.find(kNoDisplay) != std::string::npos) return true;
     platforms += ";";

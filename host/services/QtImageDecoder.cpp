@@ -109,7 +109,6 @@ std::optional<NSDecodedImage> QtImageDecoder::decode(std::span<const std::byte> 
 
   QByteArray data = QByteArray::fromRawData(chars, static_cast<qsizetype>(bytes.size()));
   QBuffer buffer(&data);
-  buffer.open(QIODevice::ReadOnly);
 
   // To find out the format by itself, Qt would load all of its plugins.
   const bool isJpeg = file.starts_with("\xff\xd8\xff");
