@@ -22,14 +22,13 @@ class RecordingOwner : public NSViewController {
     return name != "nonesuch";
   }
 
-  bool connectAction(std::string_view selector, NSControl& control) override {
-    actions[control.identifier()] = selector;
+  bool connectAction(std::string_view selector, NSControl&) override {
+    events.push_back("action " + std::string(selector));
     return selector != "nonesuch";
   }
 
   void awakeFromNib() override { events.emplace_back("owner awake"); }
 
   std::map<std::string, std::shared_ptr<NSObject>, std::less<>> outlets;
-  std::map<std::string, std::string> actions;  ///< The selectors, by the controls' identifiers.
   std::vector<std::string> events;
 };
