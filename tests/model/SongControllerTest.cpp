@@ -66,7 +66,7 @@ TEST_F(ASongController, ShowsTheArtworkElseThePlaceholderElseAnEmptyImage) {
   const NSBundle nowhere("/nonexistent");
   const SongController withoutPlaceholder(runner_, nowhere, decoder_);
   EXPECT_EQ(controller_.songArtwork()->width(), 512);  // The player gives none.
-  runner_.answer(kArtworkQuery, Descriptor::descriptorWithData(FakeImageDecoder::brokenPicture()));
+  runner_.answer(kArtworkQuery, Descriptor::descriptorWithData({std::byte(1)}));
   EXPECT_EQ(controller_.songArtwork()->width(), 512);
   EXPECT_EQ(withoutPlaceholder.songArtwork()->width(), 0);
   runner_.answer(kArtworkQuery, Descriptor::descriptorWithData(FakeImageDecoder::picture(30, 20)));

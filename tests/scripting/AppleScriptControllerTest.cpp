@@ -14,13 +14,11 @@
 namespace Corvella {
 namespace {
 
-using testing::ElementsAre;
-
 using Descriptor = NSAppleEventDescriptor;
 
 const auto text = &Descriptor::descriptorWithString;
 const auto list = &Descriptor::listDescriptor;
-const NSAppleScriptErrorInformation error = RecordingScriptRunner::errorInformation(-1728);
+const NSAppleScriptErrorInformation error = RecordingScriptRunner::failure();
 const std::string errorLine = error.description() + "\n";
 
 std::string scriptOf(const std::string& command) {
@@ -30,9 +28,9 @@ std::string scriptOf(const std::string& command) {
 class AScriptController : public testing::Test {
  protected:
   AScriptController() { testing::internal::CaptureStdout(); }
-  ~AScriptController() override { testing::internal::GetCapturedStdout(); }
+  ~AScriptController() override { EXPECT_EQ(testing::internal::GetCapturedStdout(), ""); }
 
-  /// What has been printed since the last call.
+  /// What has been printed since the last call. Nothing else may be when a test ends.
   static std::string printed() {
     auto output = testing::internal::GetCapturedStdout();
     testing::internal::CaptureStdout();
@@ -81,15 +79,13 @@ TEST_F(AScriptController, TakesThePlayerForRunningAtOneWordAndItsStateAsItIsAndN
     EXPECT_EQ(controller_.playerState(), state);
   }
   EXPECT_EQ(runner_.scripts().size(), 2 * rows.size());
-  EXPECT_EQ(printed(), "");
 }
 
 TEST_F(AScriptController, OfAServiceThatMakesNoScriptsYieldsAbsenceWithoutAFurtherQuery) {
-  runner_.refuseToMakeScripts();
+  runner_.refuses = true;
   EXPECT_EQ(controller_.isRunning(), false);
   EXPECT_EQ(controller_.playerState(), std::nullopt);
   EXPECT_FALSE(controller_.fetchSongInfo().has_value());
-  EXPECT_EQ(printed(), "");
   EXPECT_EQ(runner_.scripts().size(), 3U);
 }
 
@@ -107,8 +103,8 @@ TEST_F(AScriptController, ReportsAFailedScriptOnceWithItsResultUnlessThePlayerIs
     const auto lyrics = AppleScriptController(runner).fetch(FetchRequestType::Lyrics);
     EXPECT_EQ(lyrics.value_or(text("absent")).stringValue(), "La");
     EXPECT_EQ(printed(), line);
-    EXPECT_THAT(runner.scripts(), ElementsAre(scriptOf("get lyrics of current track"),
-                                              scriptOf("get player state as string")));
+    EXPECT_THAT(runner.scripts(), testing::ElementsAre(scriptOf("get lyrics of current track"),
+                                                       scriptOf("get player state as string")));
   }
 }
 
@@ -120,7 +116,6 @@ TEST_F(AScriptController, AsksItsOverrideForTheStateThatAFailedScriptSees) {
   };
   runner_.fail("pause");
   Stopped(runner_).controlPlayback(PlaybackRequest::Pause);
-  EXPECT_EQ(printed(), "");
 }
 
 TEST_F(AScriptController, NeverMixesTheLinesOfTwoThreads) {

@@ -7,30 +7,22 @@
 
 #include "platform/appkit/NSImageDecoder.h"
 
-/// Knows the made-up pictures of `picture()`: two bytes of mark, then width and height in a byte
-/// each.
+/// Knows the made-up pictures of `picture()`: width and height in a byte each. Less is broken.
 class FakeImageDecoder final : public NSImageDecoder {
  public:
   static std::vector<std::byte> picture(int width, int height) {
-    return {std::byte('P'), std::byte('X'), std::byte(width), std::byte(height)};
+    return {std::byte(width), std::byte(height)};
   }
-  static std::vector<std::byte> brokenPicture() { return {std::byte('P'), std::byte('X')}; }
 
-  /// Whatever does not start with the mark decodes to a picture of this size.
-  void knowAnythingElseAs(int width, int height) { otherwise_ = empty(width, height); }
+  /// Whatever is longer decodes to a picture of this size.
+  void knowAnythingElseAs(int width, int height) { longer_ = NSDecodedImage{width, height, {}}; }
 
   std::optional<NSDecodedImage> decode(std::span<const std::byte> bytes) const override {
-    const bool marked =
-        bytes.size() >= 2 && bytes[0] == std::byte('P') && bytes[1] == std::byte('X');
-    if (!marked) return otherwise_;
-    if (bytes.size() != 4) return std::nullopt;
-    return empty(std::to_integer<int>(bytes[2]), std::to_integer<int>(bytes[3]));
+    if (bytes.size() > 2) return longer_;
+    if (bytes.size() < 2) return std::nullopt;
+    return NSDecodedImage{std::to_integer<int>(bytes[0]), std::to_integer<int>(bytes[1]), {}};
   }
 
  private:
-  static NSDecodedImage empty(int width, int height) {
-    return {.width = width, .height = height, .bitmap = {}};
-  }
-
-  std::optional<NSDecodedImage> otherwise_;
+  std::optional<NSDecodedImage> longer_;
 };

@@ -19,10 +19,9 @@ class ScriptGate final : public ScriptRunner {
   explicit ScriptGate(ScriptRunner& runner) : runner_(runner) {}
 
   std::unique_ptr<NSAppleScript> initWithSource(std::string source) override {
-    {
-      const std::lock_guard lock(mutex_);
-      scripts_.push_back(source);
-    }
+    std::unique_lock lock(mutex_);
+    scripts_.push_back(source);
+    lock.unlock();
     ++held_;
     open_.wait(false);
     --held_;

@@ -11,13 +11,14 @@
 #include <utility>
 #include <vector>
 
+#include <gtest/gtest.h>
+
 #include "controls/LyricsTextView.h"
 #include "controls/SongRatingLevelIndicatorCell.h"
 #include "platform/appkit/NSInterfaceLoader.h"
 #include "platform/dispatch/RunLoop.h"
 #include "tests/support/FakeImageDecoder.h"
-#include "tests/support/FixedFontFinder.h"
-#include "tests/support/FixedTextMeasurer.h"
+#include "tests/support/InterfaceElement.h"
 #include "tests/support/ManualClock.h"
 #include "tests/support/ManualQueue.h"
 #include "tests/support/RecordingScriptRunner.h"
@@ -28,40 +29,33 @@ namespace Corvella {
 /// What happened, in order.
 using EventLog = std::vector<std::string>;
 
-/// A view that logs its name whenever a write changes what it shows.
+/// A view that logs its identifier whenever a write changes what it shows.
 template <typename View>
-class Recorded final : public View {
- public:
-  template <typename... Arguments>
-  explicit Recorded(EventLog& log, std::string name, Arguments&&... arguments)
-      : View(std::forward<Arguments>(arguments)...), log_(log), name_(std::move(name)) {}
+struct Recorded final : View {
+  Recorded(const NSCoder& coder, EventLog& events) : View(coder), log(events) {}
 
   void setNeedsDisplay(bool needsDisplay) override {
-    if (needsDisplay) log_.push_back(name_);
+    if (needsDisplay) log.push_back(this->identifier());
     View::setNeedsDisplay(needsDisplay);
   }
 
- private:
-  EventLog& log_;
-  std::string name_;
+  EventLog& log;
 };
 
 /// Logs its name for every block, and hands the block on to the queue behind it.
-class RecordedQueue final : public DispatchQueue {
- public:
-  RecordedQueue(EventLog& log, std::string name, DispatchQueue& queue)
-      : log_(log), name_(std::move(name)), queue_(queue) {}
+struct RecordedQueue final : DispatchQueue {
+  RecordedQueue(EventLog& events, std::string logged, DispatchQueue& behind)
+      : log(events), name(std::move(logged)), queue(behind) {}
 
   void enqueue(std::function<void()> block) override {
-    log_.push_back(name_);
-    queue_.enqueue(std::move(block));
+    log.push_back(name);
+    queue.enqueue(std::move(block));
   }
-  bool isCurrent() const override { return queue_.isCurrent(); }
+  bool isCurrent() const override { return queue.isCurrent(); }
 
- private:
-  EventLog& log_;
-  std::string name_;
-  DispatchQueue& queue_;
+  EventLog& log;
+  std::string name;
+  DispatchQueue& queue;
 };
 
 /// Looks at what the widget's controller keeps to itself.
@@ -77,13 +71,13 @@ struct TodayViewControllerInspector {
 /// The widget's controller among controls made by hand, services that tests drive step by step, and
 /// a log of everything that goes through either. Tests read the controls through the controller's
 /// outlets.
-class WidgetRig : private NSInterfaceLoader {
+class WidgetRig : public InterfaceElement, private NSInterfaceLoader {
  public:
   using Widget = TodayViewController;
 
   /// The interface file connects no outlet whose name is in `absent`.
   explicit WidgetRig(const std::set<std::string>& absent = {}) {
-    scripts.setObserver([this](const std::string& text) { log.push_back("script: " + text); });
+    scripts.observer = [this](const std::string& command) { log.push_back(command); };
     controller->setPreferredContentSizeObserver([this](NSSize size) {
       log.push_back("height " + std::to_string(static_cast<int>(size.height)));
     });
@@ -91,17 +85,14 @@ class WidgetRig : private NSInterfaceLoader {
     add<NSTextField>("songTitle");
     add<NSTextField>("songArtistAndAlbum");
     add<NSLevelIndicator>("songRatingIndicator")->setMaxValue(5);
-    const auto cell =
-        std::make_shared<SongRatingLevelIndicatorCell>(NSCoder("cell", measurer, fonts));
-    cell->setControlView(cellView);
-    outlets["songRatingCell"] = cell;
     add<NSButton>("playButton");
     add<NSSlider>("soundVolume")->setMaxValue(100);
     add<NSProgressIndicator>("progressBar");
     add<NSButton>("toggleLyricsButton");
-    add<LyricsTextView>("lyricsView", NSMakeRect(0, 0, 300, 0),
-                        std::make_shared<NSTextContainer>(300))
-        ->setLayoutManager(std::make_shared<NSLayoutManager>(measurer));
+    add<LyricsTextView>("lyricsView");
+    const auto cell = std::make_shared<SongRatingLevelIndicatorCell>(coder);
+    cell->setControlView(cellView);
+    outlets["songRatingCell"] = cell;
     for (const auto& name : absent) outlets.erase(name);
     controller->view();
     log.clear();
@@ -167,6 +158,14 @@ class WidgetRig : private NSInterfaceLoader {
     loop.runTurn();
   }
 
+  /// The title of the button, the lyrics, and the size that the widget prefers.
+  void expectPanel(const std::string& title, const std::string& lyrics, double height,
+                   double width = 320) const {
+    EXPECT_EQ(controller->toggleLyricsButton()->title(), title);
+    EXPECT_EQ(controller->lyricsView()->string(), lyrics);
+    EXPECT_EQ(controller->preferredContentSize(), (NSSize{width, height}));
+  }
+
   /// A callback of the host that logs what it is told.
   Widget::CompletionHandler report() {
     return [this](NCUpdateResult result) { log.push_back("report " + std::to_string(result)); };
@@ -178,11 +177,9 @@ class WidgetRig : private NSInterfaceLoader {
   RunLoop loop{clock};
   ManualQueue globalQueue;
   FakeImageDecoder decoder;
-  FixedFontFinder fonts;
-  FixedTextMeasurer measurer;
   NSBundle bundle{CORVELLA_RESOURCES};
-  std::shared_ptr<NSView> cellView = std::make_shared<Recorded<NSView>>(log, "songRatingCell");
-  std::shared_ptr<NSButton> otherButton = std::make_shared<Recorded<NSButton>>(log, "otherButton");
+  std::shared_ptr<NSView> cellView = make<NSView>("songRatingCell");
+  std::shared_ptr<NSButton> otherButton = make<NSButton>("otherButton");
   /// What the interface file connects, by the names of the outlets.
   std::map<std::string, std::shared_ptr<NSObject>> outlets;
 
@@ -200,9 +197,15 @@ class WidgetRig : private NSInterfaceLoader {
   TodayViewControllerInspector inside{*controller};
 
  private:
-  template <typename View, typename... Arguments>
-  std::shared_ptr<View> add(const std::string& name, Arguments&&... arguments) {
-    auto view = std::make_shared<Recorded<View>>(log, name, std::forward<Arguments>(arguments)...);
+  template <typename View>
+  std::shared_ptr<View> make(const std::string& name) {
+    coder.encodeString("identifier", name);
+    coder.encodeChild("frame", name).encodeString("width", "300");
+    return std::make_shared<Recorded<View>>(coder, log);
+  }
+  template <typename View>
+  std::shared_ptr<View> add(const std::string& name) {
+    auto view = make<View>(name);
     outlets[name] = view;
     return view;
   }

@@ -1,13 +1,5 @@
 #include <algorithm>
-#include <chrono>
-#include <functional>
-#include <map>
-#include <memory>
 #include <optional>
-#include <set>
-#include <string>
-#include <utility>
-#include <vector>
 
 #include <gmock/gmock.h>
 
@@ -33,12 +25,11 @@ std::map<std::string, std::shared_ptr<NSObject>> outletsOf(const TodayViewContro
 class AController : public testing::Test, protected WidgetRig {};
 
 TEST_F(AController, HasTheSameInitialStateHoweverItIsMade) {
-  NSCoder archive("archive", measurer, fonts);
-  archive.encodeString("nibName", "Archived");
+  coder.encodeString("nibName", "Archived");
   for (const auto& made :
        {std::make_shared<Widget>(services), std::make_shared<Widget>(services, "Other", nullptr),
         std::make_shared<Widget>(services, std::nullopt, nullptr),
-        std::make_shared<Widget>(services, archive)}) {
+        std::make_shared<Widget>(services, coder)}) {
     const TodayViewControllerInspector state{*made};
     EXPECT_EQ(made->nibName(), "TodayViewController");
     EXPECT_FALSE(state.expanded() || state.hasCompletionHandler() || state.timer());
@@ -138,7 +129,7 @@ TEST_F(AController, SendsEachActionsOwnScriptAndIsNotHeldByItsControls) {
     onMain([&control = control] { EXPECT_TRUE(control->sendAction()); });
     settle();
     for (const auto& row : rows) {
-      EXPECT_EQ(std::ranges::count(log, "script: " + row.script), row.selector == selector)
+      EXPECT_EQ(std::ranges::count(log, row.script), row.selector == selector)
           << row.script << " from " << selector;
     }
   }
