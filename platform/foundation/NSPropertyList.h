@@ -27,7 +27,6 @@ class NSPropertyList {
   explicit NSPropertyList(Dictionary value) : value_(std::move(value)) {}
 
   /// The value when it is of that kind; null otherwise. Owned by this list.
-  const bool* boolean() const { return std::get_if<bool>(&value_); }
   const std::string* string() const { return std::get_if<std::string>(&value_); }
   const Array* array() const { return std::get_if<Array>(&value_); }
   const Dictionary* dictionary() const { return std::get_if<Dictionary>(&value_); }
