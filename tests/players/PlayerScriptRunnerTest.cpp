@@ -1,148 +1,195 @@
-#include <set>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include <gmock/gmock.h>
 
-#include "platform/foundation/NSPropertyList.h"
-#include "players/PlayerScriptRunner.h"
-#include "tests/support/FakeMusicPlayer.h"
 #include "tests/support/ScriptedStack.h"
 
 namespace Corvella {
 namespace {
 
+using enum PlaybackRequest;
 using testing::ElementsAre;
 
-ScriptingTargets grantingOnly(const std::set<std::string>& groups) {
-  NSPropertyList::Array names;
-  for (const auto& group : groups) names.emplace_back("com.apple.iTunes." + group);
-  NSPropertyList::Dictionary targets;
-  targets.emplace("com.apple.iTunes", NSPropertyList(std::move(names)));
-  NSPropertyList::Dictionary entitlements;
-  entitlements.emplace("com.apple.security.scripting-targets", NSPropertyList(std::move(targets)));
-  return ScriptingTargets::fromEntitlements(NSPropertyList(std::move(entitlements)));
-}
+constexpr auto kNotRunning = -600;
+constexpr auto kNotUnderstood = -1708;
+constexpr auto kTimedOut = -1712;
+constexpr auto kNoSuchObject = -1728;
+constexpr auto kNotPermitted = -1743;
+constexpr auto kSyntaxError = -2741;
 
-class ARunner : public testing::Test {
+/// A player whose answers are plain fields; with a `failure` set, everything fails with it.
+class FakeMusicPlayer final : public MusicPlayer {
+ public:
+  std::optional<PlayerFailure> failure;
+  PlayerState state = PlayerState::Paused;
+  int volume = 35;
+  Track track{"Name", "Artist", "Album", "La la", 60, std::chrono::milliseconds(215'500)};
+  std::vector<PlaybackRequest> requests;
+
+  bool running() override { return true; }
+  PlayerAnswer<PlayerState> playerState() override { return orFailure(state); }
+  PlayerAnswer<std::optional<std::chrono::microseconds>> playerPosition() override {
+    return orFailure(std::optional(std::chrono::microseconds(63'500'000)));
+  }
+  PlayerAnswer<int> soundVolume() override { return orFailure(volume); }
+  PlayerAnswer<Done> setSoundVolume(int newVolume) override {
+    volume = newVolume;
+    return orFailure(Done());
+  }
+  PlayerAnswer<Track> currentTrack() override { return orFailure(track); }
+  PlayerAnswer<std::string> lyricsOfCurrentTrack() override { return orFailure(track.lyrics); }
+  PlayerAnswer<std::vector<std::byte>> artworkOfCurrentTrack() override {
+    return orFailure(FakeImageDecoder::picture(9, 8));
+  }
+  PlayerAnswer<Done> setRatingOfCurrentTrack(int rating) override {
+    track.rating = rating;
+    return orFailure(Done());
+  }
+  PlayerAnswer<Done> perform(PlaybackRequest request) override {
+    requests.push_back(request);
+    return orFailure(Done());
+  }
+  PlayerDescription description() override { return {}; }
+
+ private:
+  template <typename Value>
+  PlayerAnswer<Value> orFailure(Value value) const {
+    if (failure) return *failure;
+    return value;
+  }
+};
+
+class AScript : public testing::Test {
  protected:
-  NSAppleScriptExecution run(const std::string& command) {
-    return runner_.run("tell app \"iTunes\" to " + command);
-  }
-  std::optional<std::string> text(const std::string& command) {
-    const auto execution = run(command);
-    return execution.result ? execution.result->stringValue() : std::nullopt;
-  }
-  int errorNumber(const std::string& command) {
-    const auto execution = run(command);
-    return execution.error ? execution.error->number : 0;
+  /// The error that a whole text ends with.
+  NSAppleScriptErrorInformation errorOf(const std::string& text) {
+    // A copy without anything behind it, so that a read too far is found.
+    const std::vector<char> exact(text.begin(), text.end());
+    const auto execution = stack_.runner.run(std::string_view(exact.data(), exact.size()));
+    EXPECT_FALSE(execution.result.has_value()) << text;
+    const auto error = execution.error.value_or(NSAppleScriptErrorInformation());
+    EXPECT_NE(error.message, "") << text;
+    return error;
   }
 
   FakeMusicPlayer player_;
-  PlayerScriptRunner runner_{player_, shippedTargets()};
+  ScriptedStack stack_{player_};
 };
 
-TEST_F(ARunner, SpellsStatesOutAndEndsAStreamAtZero) {
+TEST_F(AScript, OfTheSongControllerAsksAndTellsWhatItMeans) {
+  const auto& controller = stack_.controller;
+  EXPECT_TRUE(controller.running());
+  EXPECT_EQ(controller.playerPosition(), "63.5");
+  EXPECT_EQ(controller.songInfo(), (SongInfo{"Name", "Artist", "Album", "La la", 60, 35, "215.5"}));
+  EXPECT_EQ(controller.songLyrics(), "La la");
+  EXPECT_EQ(controller.songArtwork()->width(), 9);
   for (const auto& [state, word] :
        {std::pair(PlayerState::Playing, "playing"), std::pair(PlayerState::Paused, "paused"),
         std::pair(PlayerState::Stopped, "stopped")}) {
     player_.state = state;
-    EXPECT_EQ(text("get player state as string"), word);
+    EXPECT_EQ(controller.playerState(), word);
   }
-  player_.track.finish.reset();
-  const auto stream =
-      run("get (name, artist, album, lyrics, rating, finish) of current track").result;
-  EXPECT_EQ(stream->descriptorAtIndex(6)->stringValue(), "0");
+  controller.setSongRating(20);
+  controller.setSoundVolume(7);
+  for (const auto request : {Play, Pause, Previous, Next}) controller.playback(request);
+  EXPECT_EQ(player_.track.rating, 20);
+  EXPECT_EQ(player_.volume, 7);
+  EXPECT_THAT(player_.requests, ElementsAre(Play, Pause, Previous, Next));
 }
 
-TEST_F(ARunner, PassesCommandsOnWithinThePlayersScale) {
-  for (const auto* command : {"play", "pause", "previous track", "next track"}) run(command);
-  EXPECT_THAT(player_.requests, ElementsAre(PlaybackRequest::Play, PlaybackRequest::Pause,
-                                            PlaybackRequest::Previous, PlaybackRequest::Next));
-  run("set sound volume to 101");
+TEST_F(AScript, EndsAStreamAtZero) {
+  player_.track.finish.reset();
+  const auto info = stack_.runner.run(
+      "tell app \"iTunes\" to get (name, artist, album, lyrics, rating, finish) of current track");
+  EXPECT_EQ(info.result->descriptorAtIndex(6)->stringValue(), "0");
+}
+
+TEST_F(AScript, MayVaryInCaseAndBlanksAndPassesNoNumberBeyondThePlayersScale) {
+  stack_.runner.run("  TELL\tapp  \"iTunes\"  To SET sound   volume to 101 ");
   EXPECT_EQ(player_.volume, 100);
-  run("set rating of current track to -9000000000");
+  EXPECT_EQ(stack_.errorNumber("set rating of current track to -9223372036854775808"), 0);
   EXPECT_EQ(player_.track.rating, 0);
 }
 
-TEST_F(ARunner, TurnsFailuresIntoThePlatformsNumbers) {
-  EXPECT_EQ(errorNumber("get rating"), -1728);
-  EXPECT_EQ(errorNumber("dance"), -1708);
-  EXPECT_EQ(errorNumber("get player state as"), -2741);
+TEST_F(AScript, ThatIsMalformedIsToldFromACommandThatNobodyKnows) {
+  for (const auto* text : {"", "play", "tell", "tell app to play", "tell app \"iTunes to play",
+                           "tell app \"iTunes\\", "tell app \"iTunes\" play"}) {
+    EXPECT_EQ(errorOf(text).number, kSyntaxError) << text;
+  }
+  const std::vector<std::pair<int, std::vector<std::string>>> rows{
+      {kSyntaxError,
+       {"", "get player state as", "set sound volume to", "set sound volume to loud",
+        "set sound volume to 9223372036854775808", "set sound volume to -", "get (name", "play )(",
+        "play ;", "play\nquit", std::string("play\0", 5)}},
+      {kNotUnderstood,
+       {"dance", "get genre of current track", "play again", "set sound volume to 5 6", "playpause",
+        "get (artist, name, album, lyrics, rating, finish) of current track"}},
+      {kNoSuchObject, {"get rating"}}};
+  for (const auto& [number, commands] : rows) {
+    for (const auto& command : commands) {
+      EXPECT_EQ(errorOf("tell app \"iTunes\" to " + command).number, number) << command;
+    }
+  }
+  EXPECT_TRUE(player_.requests.empty());
+}
 
-  const std::vector<std::pair<PlayerFailure, int>> rows{{PlayerFailure::NotRunning, -600},
-                                                        {PlayerFailure::NoSuchObject, -1728},
-                                                        {PlayerFailure::NotUnderstood, -1708},
-                                                        {PlayerFailure::TimedOut, -1712}};
-  for (const auto& [failure, number] : rows) {
+TEST_F(AScript, TurnsAFailureIntoThePlatformsNumber) {
+  for (const auto& [failure, number] : {std::pair(PlayerFailure::NotRunning, kNotRunning),
+                                        std::pair(PlayerFailure::NoSuchObject, kNoSuchObject),
+                                        std::pair(PlayerFailure::NotUnderstood, kNotUnderstood),
+                                        std::pair(PlayerFailure::TimedOut, kTimedOut)}) {
     player_.failure = failure;
-    for (const auto* command : {"play", "get sound volume", "set sound volume to 5",
-                                "tell artwork 1 of the current track to raw data"}) {
-      EXPECT_EQ(errorNumber(command), number) << command;
-      EXPECT_FALSE(run(command).result.has_value()) << command;
+    for (const std::string command : {"play", "get sound volume", "set sound volume to 5",
+                                      "tell artwork 1 of the current track to raw data"}) {
+      EXPECT_EQ(errorOf("tell app \"iTunes\" to " + command).number, number) << command;
     }
   }
 }
 
-TEST_F(ARunner, AddressesNoOtherApplicationWhateverTheCommand) {
+TEST_F(AScript, AddressesNoOtherApplicationWhateverTheCommand) {
   for (const auto& [command, number] :
-       {std::pair("play", -1743), std::pair("dance", -1743),
-        std::pair("tell app \"iTunes\" to running", -1743), std::pair("play (", -2741)}) {
-    const auto execution = runner_.run(std::string("tell app \"Finder\" to ") + command);
-    ASSERT_TRUE(execution.error.has_value()) << command;
-    EXPECT_EQ(execution.error->number, number) << command;
-    EXPECT_EQ(execution.error->appName, "Finder") << command;
+       {std::pair("play", kNotPermitted), std::pair("dance", kNotPermitted),
+        std::pair("tell app \"iTunes\" to running", kNotPermitted),
+        std::pair("play (", kSyntaxError)}) {
+    const auto error = errorOf(std::string(R"(tell app "Say \"Hi\"" to )") + command);
+    EXPECT_EQ(error.number, number) << command;
+    EXPECT_EQ(error.appName, "Say \"Hi\"") << command;
   }
   EXPECT_TRUE(player_.requests.empty());
 }
 
 TEST(Entitlements, LimitWhatARunnerDoes) {
+  using List = NSPropertyList;
+  using Entries = List::Dictionary;
   struct Row {
-    std::set<std::string> groups;
+    const char* group;
     const char* command;
     bool allowed;
   };
-  const std::vector<Row> rows{
-      {{}, "running", true},
-      {{}, "get player state as string", false},
-      {{"playback"}, "set sound volume to 5", true},
-      {{"playback"}, "next track", true},
-      {{"playback"}, "get lyrics of current track", false},
-      {{"playback"}, "set rating of current track to 20", false},
-      {{"library.read-write"}, "set rating of current track to 20", true},
-      {{"library.read-write"}, "pause", false},
-      {{"library.read"}, "get lyrics of current track", false},
-  };
-  for (const auto& row : rows) {
+  for (const auto& row : {Row{"", "running", true},
+                          {"", "get player state as string", false},
+                          {"playback", "set sound volume to 5", true},
+                          {"playback", "next track", true},
+                          {"playback", "get lyrics of current track", false},
+                          {"playback", "set rating of current track to 20", false},
+                          {"library.read-write", "set rating of current track to 20", true},
+                          {"library.read-write", "pause", false},
+                          {"library.read", "get lyrics of current track", false},
+                          {nullptr, "running", false},
+                          {nullptr, "dance", false}}) {
+    Entries entitlements;
+    if (row.group != nullptr) {
+      const List group(std::string("com.apple.iTunes.") + row.group);
+      const List targets(Entries{{"com.apple.iTunes", List(List::Array{group})}});
+      entitlements.emplace("com.apple.security.scripting-targets", targets);
+    }
     FakeMusicPlayer player;
-    PlayerScriptRunner runner(player, grantingOnly(row.groups));
-    const auto execution = runner.run(std::string("tell app \"iTunes\" to ") + row.command);
-    EXPECT_EQ(!execution.error.has_value(), row.allowed) << row.command;
+    PlayerScriptRunner runner(player, ScriptingTargets::fromEntitlements(List(entitlements)));
+    const auto error = runner.run(std::string("tell app \"iTunes\" to ") + row.command).error;
+    EXPECT_EQ(error ? error->number : 0, row.allowed ? 0 : kNotPermitted) << row.command;
   }
-  FakeMusicPlayer player;
-  const NSPropertyList empty{NSPropertyList::Dictionary()};
-  PlayerScriptRunner nothing(player, ScriptingTargets::fromEntitlements(empty));
-  for (const auto* command : {"running", "dance"}) {
-    EXPECT_EQ(nothing.run(std::string("tell app \"iTunes\" to ") + command).error->number, -1743);
-  }
-}
-
-TEST_F(ARunner, UnderstandsEveryTextThatTheSongControllerSends) {
-  const ScriptedStack stack(player_);
-  const auto& controller = stack.controller;
-
-  EXPECT_TRUE(controller.running());
-  EXPECT_EQ(controller.playerState(), "paused");
-  EXPECT_EQ(controller.playerPosition(), "63.5");
-  EXPECT_EQ(controller.songInfo(), (SongInfo{"Name", "Artist", "Album", "La la", 60, 35, "215.5"}));
-  EXPECT_EQ(controller.songLyrics(), "La la");
-  player_.artwork = FakeImageDecoder::picture(9, 8);
-  EXPECT_EQ(controller.songArtwork()->width(), 9);
-  controller.setSongRating(20);
-  controller.setSoundVolume(7);
-  controller.playback(PlaybackRequest::Next);
-  EXPECT_EQ(player_.track.rating, 20);
-  EXPECT_EQ(player_.volume, 7);
-  EXPECT_THAT(player_.requests, ElementsAre(PlaybackRequest::Next));
 }
 
 }  // namespace
