@@ -9,7 +9,6 @@
 
 #include "players/mpris/track/TimedReads.h"
 #include "players/mpris/track/TrackFileReader.h"
-#include "tests/support/Bytes.h"
 #include "tests/support/Eventually.h"
 #include "tests/support/MediaFile.h"
 
@@ -21,10 +20,6 @@ using namespace std::chrono_literals;
 /// Reads against a file system of which some addresses answer when the test lets them.
 class TimedReadsOfSlowFiles : public testing::Test {
  protected:
-  ~TimedReadsOfSlowFiles() override {
-    if (!released_) letGo();
-  }
-
   static TimedReads::Deadline in(std::chrono::milliseconds time) {
     return std::chrono::steady_clock::now() + time;
   }
@@ -38,27 +33,10 @@ class TimedReadsOfSlowFiles : public testing::Test {
   std::string readSound(const std::string& address) {
     return reads_->read(address, in(1h), [] { return std::string("sound"); });
   }
-  /// A read that has begun, takes until it is let go and has all the time that it needs.
-  std::future<std::string> startSlow(const std::string& address) {
-    const auto begun = std::make_shared<std::promise<void>>();
-    auto slow = std::async(std::launch::async, [this, address, begun] {
-      return reads_->read(address, in(1h), [gate = gate_, begun] {
-        begun->set_value();
-        gate.wait();
-        return std::string("slow");
-      });
-    });
-    begun->get_future().wait();
-    return slow;
-  }
-  void letGo() {
-    released_ = true;
-    open_.set_value();
-  }
+  void letGo() { open_.set_value(); }
 
   std::promise<void> open_;
   std::shared_future<void> gate_ = open_.get_future().share();
-  bool released_ = false;
   std::shared_ptr<TimedReads> reads_ = std::make_shared<TimedReads>();
 };
 
@@ -80,14 +58,6 @@ TEST_F(TimedReadsOfSlowFiles, KeepNoMoreThanAFewStuckThreads) {
 
   letGo();
   EXPECT_TRUE(eventually([this] { return readSound("/other") == "sound"; }));
-}
-
-TEST_F(TimedReadsOfSlowFiles, WaitForTheSameFileUntilTheirOwnDeadline) {
-  auto slow = startSlow("/slow");
-  EXPECT_EQ(reads_->read("/slow", in(10ms), [] { return std::string("sound"); }), "");
-
-  letGo();
-  EXPECT_EQ(slow.get(), "slow");
 }
 
 TEST_F(TimedReadsOfSlowFiles, EndWithoutWaitingForWhatIsStuck) {
@@ -128,24 +98,27 @@ TEST_F(TimedReadsOfSlowFiles, LeaveATrackWithWhatItsPlayerSays) {
   EXPECT_TRUE(eventually([&] { return reader.lyrics(stuck, "said") == "La"; }));
 }
 
-TEST_F(TimedReadsOfSlowFiles, ShareTheDeadlineOfTheirScript) {
+TEST_F(TimedReadsOfSlowFiles, WaitForTheSameFileUntilTheDeadlineOfTheirScript) {
   const TemporaryFolder folder;
   const auto track = urlOf(makeTrack(folder, {"", "", pictureBytes("a")}));
-  TrackFileReader hasty(0s, 10ms, reads_);
-  auto slow = startSlow("/cover");
+  // A read that has begun, takes until it is let go and has all the time that it needs.
+  std::promise<void> begun;
+  auto slow = std::async(std::launch::async, [&] {
+    return reads_->read("/cover", in(1h), [&] {
+      begun.set_value();
+      gate_.wait();
+      return std::string("slow");
+    });
+  });
+  begun.get_future().wait();
 
   // The time is used up by the cover, although the track itself could be read.
-  EXPECT_EQ(hasty.picture(track, "/cover"), std::nullopt);
+  EXPECT_EQ(TrackFileReader(0s, 10ms, reads_).picture(track, "/cover"), std::nullopt);
   // A read that nobody has time for is not begun, so the track is not taken for stuck.
   EXPECT_EQ(textOf(TrackFileReader(0s, 1h, reads_).picture(track)), pictureBytes("a"));
 
   letGo();
   EXPECT_EQ(slow.get(), "slow");
-}
-
-TEST(AnAddressThatMeansNoFile, NeedsNoThreadToBeReadOn) {
-  TrackFileReader reader(0s, 1h, nullptr);
-  for (const auto* url : {"", "http://a/b.mp3"}) EXPECT_EQ(reader.lyrics(url, "said"), "said");
 }
 
 }  // namespace

@@ -10,6 +10,7 @@
 #include <mp4coverart.h>
 #include <mp4tag.h>
 #include <mpegfile.h>
+#include <popularimeterframe.h>
 #include <tpropertymap.h>
 #include <xiphcomment.h>
 
@@ -23,20 +24,17 @@ TagLib::StringList tagText(const std::string& text) {
   return TagLib::String(text, TagLib::String::UTF8);
 }
 
-TagLib::ByteVector tagBytes(const std::string& bytes) {
-  return {bytes.data(), static_cast<unsigned>(bytes.size())};
-}
-
 /// A FLAC::Picture or an AttachedPictureFrame, which the tag that it is added to will own.
 template <typename Picture>
 Picture* makePicture(const std::string& bytes, typename Picture::Type type) {
   auto picture = std::make_unique<Picture>();
+  const TagLib::ByteVector data(bytes.data(), static_cast<unsigned>(bytes.size()));
   picture->setType(type);
   picture->setMimeType("image/png");
-  if constexpr (requires { picture->setPicture(tagBytes(bytes)); }) {
-    picture->setPicture(tagBytes(bytes));
+  if constexpr (requires { picture->setPicture(data); }) {
+    picture->setPicture(data);
   } else {
-    picture->setData(tagBytes(bytes));
+    picture->setData(data);
   }
   return picture.release();
 }
@@ -49,35 +47,20 @@ void addPictures(Owner& owner, const std::string& cover) {
   owner.addPicture(makePicture<Picture>(cover, Picture::FrontCover));
 }
 
-void replaceCover(TagLib::File& file, const std::string& cover) {
-  using Frame = TagLib::ID3v2::AttachedPictureFrame;
-  using TagLib::MP4::CoverArt;
-  if (auto* mpeg = dynamic_cast<TagLib::MPEG::File*>(&file)) {
-    auto& tag = *mpeg->ID3v2Tag(true);
-    tag.removeFrames("APIC");
-    tag.addFrame(makePicture<Frame>(pictureBytes("artist"), Frame::Artist));
-    tag.addFrame(makePicture<Frame>(cover, Frame::FrontCover));
-  } else if (auto* flac = dynamic_cast<TagLib::FLAC::File*>(&file)) {
-    flac->removePictures();
-    addPictures(*flac, cover);
-  } else if (auto* xiph = dynamic_cast<TagLib::Ogg::XiphComment*>(file.tag())) {
-    xiph->removeAllPictures();
-    addPictures(*xiph, cover);
-  } else if (auto* mp4 = dynamic_cast<TagLib::MP4::Tag*>(file.tag())) {
-    TagLib::MP4::CoverArtList covers;
-    covers.append(CoverArt(CoverArt::PNG, tagBytes(cover)));
-    mp4->setItem("covr", covers);
+void replaceFrames(TagLib::ID3v2::Tag& tag, const MediaTags& tags) {
+  using Picture = TagLib::ID3v2::AttachedPictureFrame;
+  tag.removeFrames("APIC");
+  tag.removeFrames("POPM");
+  if (!tags.cover.empty()) {
+    tag.addFrame(makePicture<Picture>(pictureBytes("artist"), Picture::Artist));
+    tag.addFrame(makePicture<Picture>(tags.cover, Picture::FrontCover));
   }
-}
-
-void replaceProperties(TagLib::File& file, const MediaTags& tags) {
-  TagLib::PropertyMap properties;
-  if (!tags.lyrics.empty()) properties.insert("LYRICS", tagText(tags.lyrics));
-  if (!tags.rating.empty()) properties.insert("FMPS_RATING", tagText(tags.rating));
-  file.setProperties(properties);
-  auto* const mp4 = dynamic_cast<TagLib::MP4::Tag*>(file.tag());
-  if (mp4 == nullptr || tags.rating.empty()) return;
-  mp4->setItem("----:com.apple.iTunes:FMPS_Rating", tagText(tags.rating));
+  for (const int popularity : tags.popularities) {
+    auto frame = std::make_unique<TagLib::ID3v2::PopularimeterFrame>();
+    frame->setEmail(std::to_string(popularity));
+    frame->setRating(popularity);
+    tag.addFrame(frame.release());
+  }
 }
 
 }  // namespace
@@ -93,15 +76,44 @@ std::filesystem::path makeTrack(const TemporaryFolder& folder, const MediaTags& 
 }
 
 void writeTags(const std::filesystem::path& path, const MediaTags& tags) {
-  TagLib::FileRef file(path.c_str(), false);
-  if (file.isNull()) throw std::runtime_error("not an audio file: " + path.string());
-  replaceProperties(*file.file(), tags);
-  if (!tags.cover.empty()) replaceCover(*file.file(), tags.cover);
+  TagLib::FileRef reference(path.c_str(), false);
+  if (reference.isNull()) throw std::runtime_error("not an audio file: " + path.string());
+  auto& file = *reference.file();
+  TagLib::PropertyMap properties;
+  for (const auto& [name, text] : {std::pair("LYRICS", tags.lyrics),
+                                   {"UNSYNCEDLYRICS", tags.otherLyrics},
+                                   {"FMPS_RATING", tags.rating}}) {
+    if (!text.empty()) properties.insert(name, tagText(text));
+  }
+  file.setProperties(properties);
+  if (auto* mpeg = dynamic_cast<TagLib::MPEG::File*>(&file)) {
+    replaceFrames(*mpeg->ID3v2Tag(true), tags);
+  } else if (auto* flac = dynamic_cast<TagLib::FLAC::File*>(&file)) {
+    flac->removePictures();
+    if (!tags.cover.empty()) addPictures(*flac, tags.cover);
+  } else if (auto* xiph = dynamic_cast<TagLib::Ogg::XiphComment*>(file.tag())) {
+    xiph->removeAllPictures();
+    if (!tags.cover.empty()) addPictures(*xiph, tags.cover);
+  } else if (auto* mp4 = dynamic_cast<TagLib::MP4::Tag*>(file.tag())) {
+    constexpr auto rating = "----:com.apple.iTunes:FMPS_Rating";
+    mp4->removeItem("covr");
+    mp4->removeItem(rating);
+    if (!tags.cover.empty()) {
+      const TagLib::ByteVector cover(tags.cover.data(), static_cast<unsigned>(tags.cover.size()));
+      mp4->setItem("covr", TagLib::MP4::CoverArtList().append({TagLib::MP4::CoverArt::PNG, cover}));
+    }
+    if (!tags.rating.empty()) mp4->setItem(rating, tagText(tags.rating));
+  }
   if (!file.save()) throw std::runtime_error("tags not written: " + path.string());
 }
 
 std::string pictureBytes(const std::string& note) {
   return "\x89PNG\r\n\x1A\n" + note;
+}
+
+std::optional<std::string> textOf(const std::optional<std::vector<std::byte>>& bytes) {
+  if (!bytes) return std::nullopt;
+  return std::string(reinterpret_cast<const char*>(bytes->data()), bytes->size());
 }
 
 std::string urlOf(const std::filesystem::path& path) {

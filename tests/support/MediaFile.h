@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstddef>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -8,15 +10,14 @@
 
 namespace Corvella {
 
-/// The extensions of all kinds of audio files that can be made here.
-inline const std::vector<std::string> kAudioFormats{"mp3", "flac", "ogg", "opus", "m4a"};
-
 /// What players keep in the tags of a file.
 struct MediaTags {
-  std::string lyrics;
-  std::string rating;  ///< FMPS_RATING, as it is written.
+  std::string lyrics{};
+  std::string rating{};  ///< FMPS_RATING, as it is written.
   /// The front cover, behind another picture where the format knows several kinds.
-  std::string cover;
+  std::string cover{};
+  std::string otherLyrics{};        ///< Under the other name of lyrics, but in MP4, which has one.
+  std::vector<int> popularities{};  ///< Those of ID3, so in an mp3 only.
 };
 
 /// Makes a short audio file "track.`format`" in a folder, and tells where it lies. Throws
@@ -29,6 +30,9 @@ void writeTags(const std::filesystem::path& path, const MediaTags& tags);
 
 /// Bytes that start like a PNG file, with `note` behind.
 std::string pictureBytes(const std::string& note);
+
+/// Bytes as text, so that tests can write down what they expect.
+std::optional<std::string> textOf(const std::optional<std::vector<std::byte>>& bytes);
 
 /// Where players say that the file is.
 std::string urlOf(const std::filesystem::path& path);

@@ -1,12 +1,16 @@
+#include <filesystem>
 #include <span>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include "platform/base/Utf8.h"
 #include "players/mpris/track/TimedLyrics.h"
+#include "players/mpris/track/TrackFileReader.h"
+#include "tests/support/MediaFile.h"
 
 namespace Corvella {
 namespace {
@@ -44,10 +48,7 @@ TEST(AHugeText, IsShownInLinearTime) {
   for (const char* part : {"<", "[", "[00:0", "<00:01.0", "\r", " "}) {
     for (int index = 0; index < 200'000; ++index) text += part;
   }
-
-  const auto shown = withoutTimeStamps(text);
-
-  EXPECT_EQ(shown.size(), text.size() - std::string("[00:01]").size());
+  EXPECT_EQ(withoutTimeStamps(text).size(), text.size() - std::string("[00:01]").size());
 }
 
 TEST(ALyricsFile, IsReadAsUtf8) {
@@ -60,6 +61,51 @@ TEST(ALyricsFile, IsReadAsUtf8) {
                   {"", ""}};
   for (const auto& [bytes, text] : rows) {
     EXPECT_EQ(textOfFile(std::as_bytes(std::span(bytes))), text);
+  }
+}
+
+class Lyrics : public testing::Test {
+ protected:
+  std::string lyrics(const std::string& playersText = "player's") {
+    return reader_.lyrics(urlOf(folder_.path() / "a%20b.mp3"), playersText);
+  }
+  void writeTrack(const std::string& text) {
+    std::filesystem::rename(makeTrack(folder_, {.lyrics = text}), folder_.path() / "a b.mp3");
+  }
+
+  TemporaryFolder folder_;
+  TrackFileReader reader_;
+};
+
+TEST_F(Lyrics, ComeFromTheTrackThenFromBesideItThenFromThePlayer) {
+  EXPECT_EQ(lyrics("[00:01]player's"), "player's");
+  folder_.write("a b.txt", "text");
+  EXPECT_EQ(lyrics(), "text");
+  folder_.write("a b.lrc", "[00:01.00]timed\n");
+  EXPECT_EQ(lyrics(), "timed\n");
+  writeTrack("[00:01]track's");
+  EXPECT_EQ(lyrics(), "track's");
+}
+
+TEST_F(Lyrics, PassOverSourcesThatSayNothingOrTooMuch) {
+  writeTrack("");
+  folder_.write("a b.lrc", "[ar:A]\r\n[00:01.00]\r\n");
+  ASSERT_EQ(::mkfifo((folder_.path() / "a b.txt").c_str(), 0600), 0);
+  EXPECT_EQ(lyrics(), "player's");
+  EXPECT_EQ(lyrics(" \n"), "");
+
+  const std::string longest(kLongestLyrics, 'x');
+  EXPECT_EQ(lyrics(longest), longest);
+  EXPECT_EQ(lyrics(longest + "x"), "");
+  folder_.write("a b.lrc", longest + "x");
+  EXPECT_EQ(lyrics(), "player's");
+}
+
+TEST(LyricsOfNoFile, AreThePlayersAndNeedNoThreadToBeReadOn) {
+  TrackFileReader reader(std::chrono::seconds(0), std::chrono::hours(1), nullptr);
+  for (const auto* url : {"", "http://a/b.mp3"}) EXPECT_EQ(reader.lyrics(url, "said"), "said");
+  for (const auto* url : {"file:///dev/zero", "file:///"}) {
+    EXPECT_EQ(TrackFileReader().lyrics(url, "said"), "said") << url;
   }
 }
 
