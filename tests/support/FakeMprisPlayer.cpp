@@ -1,6 +1,7 @@
 #include "tests/support/FakeMprisPlayer.h"
 
 #include <cstdint>
+#include <string_view>
 
 #include <poll.h>
 
@@ -9,54 +10,49 @@ namespace Corvella {
 namespace {
 
 constexpr auto kObject = "/org/mpris/MediaPlayer2";
-constexpr auto kRoot = "org.mpris.MediaPlayer2";
+constexpr std::string_view kRoot = "org.mpris.MediaPlayer2";
 constexpr auto kPlayer = "org.mpris.MediaPlayer2.Player";
 constexpr auto kRhythmbox = "/org/gnome/Rhythmbox3/RhythmDB";
 constexpr auto kIdentity = "Identity";
-constexpr auto kProperties = "org.freedesktop.DBus.Properties";
 
-void replyError(sd_bus_message* call, const std::string& name) {
-  sd_bus_reply_method_errorf(call, name.c_str(), "As told");
+/// Owns the connection. Throws std::system_error.
+BusConnection connectTo(const std::string& address) {
+  sd_bus* bus = nullptr;
+  checkBus(sd_bus_new(&bus), "sd_bus_new");
+  BusConnection connection(bus);
+  checkBus(sd_bus_set_address(bus, address.c_str()), "sd_bus_set_address");
+  checkBus(sd_bus_set_bus_client(bus, 1), "sd_bus_set_bus_client");
+  checkBus(sd_bus_start(bus), "sd_bus_start");
+  return connection;
 }
 
-void reply(sd_bus_message* call, const std::function<void(sd_bus_message*)>& append) {
-  sd_bus_message* message = nullptr;
-  checkBus(sd_bus_message_new_method_return(call, &message), "a reply");
-  const BusMessage owned(message);
-  append(message);
-  sd_bus_send(nullptr, message, nullptr);
+void appendEntries(sd_bus_message* message, const FakeMprisPlayer::Entries& entries) {
+  sd_bus_message_open_container(message, 'a', "{sv}");
+  for (const auto& [key, value] : entries) {
+    sd_bus_message_open_container(message, 'e', "sv");
+    sd_bus_message_append(message, "s", key.c_str());
+    value.appendTo(message);
+    sd_bus_message_close_container(message);
+  }
+  checkBus(sd_bus_message_close_container(message), "a dictionary");
 }
 
 }  // namespace
 
-using Value = FakeMprisPlayer::Value;
-using Entries = FakeMprisPlayer::Entries;
-
-Value::Value(const std::string& text)
-    : Value("s", [text](sd_bus_message* message) {
-        checkBus(sd_bus_message_append(message, "s", text.c_str()), "a text");
+FakeMprisPlayer::Value::Value(const std::string& text)
+    : append_([text](sd_bus_message* message) {
+        checkBus(sd_bus_message_append(message, "v", "s", text.c_str()), "a text");
       }) {}
 
-Value::Value(const Entries& entries)
-    : Value("a{sv}", [entries](sd_bus_message* message) {
-        sd_bus_message_open_container(message, 'a', "{sv}");
-        for (const auto& [key, value] : entries) {
-          sd_bus_message_open_container(message, 'e', "sv");
-          sd_bus_message_append(message, "s", key.c_str());
-          value.appendAsVariantTo(message);
-          sd_bus_message_close_container(message);
-        }
-        checkBus(sd_bus_message_close_container(message), "a dictionary");
+FakeMprisPlayer::Value::Value(const Entries& entries)
+    : append_([entries](sd_bus_message* message) {
+        sd_bus_message_open_container(message, 'v', "a{sv}");
+        appendEntries(message, entries);
+        checkBus(sd_bus_message_close_container(message), "a variant");
       }) {}
-
-void Value::appendAsVariantTo(sd_bus_message* message) const {
-  sd_bus_message_open_container(message, 'v', type_.c_str());
-  append_(message);
-  checkBus(sd_bus_message_close_container(message), "a variant");
-}
 
 FakeMprisPlayer::FakeMprisPlayer(const std::string& address, const std::string& name)
-    : bus_(connectToBus(address)),
+    : bus_(connectTo(address)),
       properties_{{"PlaybackStatus", "Stopped"},
                   {"Metadata", Entries()},
                   {"Position", INT64_C(0)},
@@ -101,13 +97,14 @@ void FakeMprisPlayer::remove(const std::string& property) {
 void FakeMprisPlayer::announce(const std::string& property, bool withValue) {
   const std::scoped_lock lock(mutex_);
   sd_bus_message* message = nullptr;
-  constexpr auto news = "PropertiesChanged";
-  checkBus(sd_bus_message_new_signal(bus_.get(), &message, kObject, kProperties, news), news);
+  checkBus(sd_bus_message_new_signal(bus_.get(), &message, kObject,
+                                     "org.freedesktop.DBus.Properties", "PropertiesChanged"),
+           "PropertiesChanged");
   const BusMessage owned(message);
   sd_bus_message_append(message, "s", kPlayer);
   Entries changed;
   if (withValue) changed.insert(*properties_.find(property));
-  Value(changed).appendTo(message);
+  appendEntries(message, changed);
   sd_bus_message_append(message, "as", withValue ? 0 : 1, property.c_str());
   sd_bus_send(bus_.get(), message, nullptr);
 }
@@ -152,22 +149,18 @@ void FakeMprisPlayer::serve() {
 }
 
 void FakeMprisPlayer::receive(sd_bus_message* call) {
-  Request request{BusMessage(sd_bus_message_ref(call)), sd_bus_message_get_member(call), "", ""};
-  if (request.method == "Get" || request.method == "Set") {
-    const char* interface = nullptr;
-    const char* property = nullptr;
+  const char* interface = "";
+  const char* property = "";
+  std::string name = sd_bus_message_get_member(call);
+  if (name == "GetAll") checkBus(sd_bus_message_read(call, "s", &interface), "an interface");
+  if (name == "Get" || name == "Set") {
     checkBus(sd_bus_message_read(call, "ss", &interface, &property), "a property");
-    request.interface = interface;
-    request.property = property;
+    name.append(" ").append(property);
   }
-  if (request.method == "GetAll") {
-    const char* interface = nullptr;
-    checkBus(sd_bus_message_read(call, "s", &interface), "an interface");
-    request.interface = interface;
-  }
-  calls_.push_back(request.name());
-  vanishing_ = calls_.back() == behaviour_.vanishesDuring;
-  if (!vanishing_) waiting_.push_back(std::move(request));
+  calls_.push_back(name);
+  vanishing_ = name == behaviour_.vanishesDuring;
+  if (vanishing_) return;
+  waiting_.push_back({BusMessage(sd_bus_message_ref(call)), name, property, interface == kRoot});
 }
 
 void FakeMprisPlayer::answerWaiting() {
@@ -178,61 +171,42 @@ void FakeMprisPlayer::answerWaiting() {
 }
 
 void FakeMprisPlayer::answer(const Request& request) {
-  const auto error = behaviour_.errors.find(request.name());
-  if (error != behaviour_.errors.end()) return replyError(request.call.get(), error->second);
-  if (request.method == "Get") return answerGet(request);
-  if (request.method == "GetAll") return answerGetAll(request);
-  if (request.method == "Set") return answerSet(request);
-  if (request.method == "SetEntryProperties") return answerSetEntry(request);
-  answerCommand(request);
-}
+  auto* const call = request.call.get();
+  const auto property = properties_.find(request.property);
+  const auto fail = [call](const std::string& error) {
+    sd_bus_reply_method_errorf(call, error.c_str(), "As told");
+  };
+  sd_bus_message* reply = nullptr;
+  checkBus(sd_bus_message_new_method_return(call, &reply), "a reply");
+  const BusMessage owned(reply);
 
-void FakeMprisPlayer::answerGet(const Request& request) {
-  const auto found = properties_.find(request.property);
-  const auto* const interface = request.property == kIdentity ? kRoot : kPlayer;
-  if (found == properties_.end() || request.interface != interface) {
-    return replyError(request.call.get(), SD_BUS_ERROR_UNKNOWN_PROPERTY);
+  const auto error = behaviour_.errors.find(request.name);
+  if (error != behaviour_.errors.end()) return fail(error->second);
+  const bool isMissing =
+      property == properties_.end() || request.ofRoot != (request.property == kIdentity);
+  if (!request.property.empty() && isMissing) return fail(SD_BUS_ERROR_UNKNOWN_PROPERTY);
+  if (request.name.starts_with("Get ")) property->second.appendTo(reply);
+  if (request.name == "GetAll") {
+    auto listed = properties_;
+    std::erase_if(listed,
+                  [&](const auto& each) { return request.ofRoot != (each.first == kIdentity); });
+    appendEntries(reply, listed);
   }
-  reply(request.call.get(),
-        [&](sd_bus_message* message) { found->second.appendAsVariantTo(message); });
-}
-
-void FakeMprisPlayer::answerGetAll(const Request& request) {
-  auto listed = properties_;
-  std::erase_if(listed, [&](const auto& property) {
-    return (property.first == kIdentity) != (request.interface == kRoot);
-  });
-  reply(request.call.get(), [&](sd_bus_message* message) { Value(listed).appendTo(message); });
-}
-
-void FakeMprisPlayer::answerSet(const Request& request) {
   double number = 0;
-  const bool isNumber = sd_bus_message_read(request.call.get(), "v", "d", &number) > 0;
-  if (!isNumber || !properties_.contains(request.property)) {
-    return replyError(request.call.get(), SD_BUS_ERROR_INVALID_ARGS);
+  if (request.name.starts_with("Set ")) {
+    if (sd_bus_message_read(call, "v", "d", &number) <= 0) return fail(SD_BUS_ERROR_INVALID_ARGS);
+    writes_.emplace_back(request.property, number);
+    property->second = number;
   }
-  writes_.emplace_back(request.property, number);
-  properties_.insert_or_assign(request.property, Value(number));
-  sd_bus_reply_method_return(request.call.get(), nullptr);
-}
-
-/// Rhythmbox's own way of rating a track.
-void FakeMprisPlayer::answerSetEntry(const Request& request) {
-  const char* location = nullptr;
-  const char* property = nullptr;
-  double stars = 0;
-  checkBus(sd_bus_message_read(request.call.get(), "sa{sv}", &location, 1, &property, "d", &stars),
-           "an entry");
-  writes_.emplace_back(std::string(property) + " of " + location, stars);
-  sd_bus_reply_method_return(request.call.get(), nullptr);
-}
-
-void FakeMprisPlayer::answerCommand(const Request& request) {
-  if (request.method == "Play" || request.method == "Pause") {
-    properties_.insert_or_assign("PlaybackStatus",
-                                 Value(request.method == "Play" ? "Playing" : "Paused"));
+  if (request.name == "SetEntryProperties") {  // Rhythmbox's own way of rating a track.
+    const char* location = nullptr;
+    const char* key = nullptr;
+    checkBus(sd_bus_message_read(call, "sa{sv}", &location, 1, &key, "d", &number), "an entry");
+    writes_.emplace_back(std::string(key) + " of " + location, number);
   }
-  sd_bus_reply_method_return(request.call.get(), nullptr);
+  if (request.name == "Play") properties_.insert_or_assign("PlaybackStatus", "Playing");
+  if (request.name == "Pause") properties_.insert_or_assign("PlaybackStatus", "Paused");
+  sd_bus_send(nullptr, reply, nullptr);
 }
 
 }  // namespace Corvella

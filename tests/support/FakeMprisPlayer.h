@@ -12,7 +12,7 @@
 #include <utility>
 #include <vector>
 
-#include "tests/support/PrivateBus.h"
+#include "players/mpris/bus/SdBus.h"
 
 namespace Corvella {
 
@@ -41,20 +41,18 @@ class FakeMprisPlayer {
     /// Type and contents are those of sd_bus_message_append.
     template <typename... Contents>
     static Value of(const std::string& type, Contents... contents) {
-      return {type, [type, contents...](sd_bus_message* message) {
-                checkBus(sd_bus_message_append(message, type.c_str(), contents...), "a value");
-              }};
+      return Value([type, contents...](sd_bus_message* message) {
+        checkBus(sd_bus_message_append(message, "v", type.c_str(), contents...), "a value");
+      });
     }
 
     void appendTo(sd_bus_message* message) const { append_(message); }
-    void appendAsVariantTo(sd_bus_message* message) const;
 
    private:
     using Append = std::function<void(sd_bus_message*)>;
-    Value(std::string type, Append append) : type_(std::move(type)), append_(std::move(append)) {}
+    explicit Value(Append append) : append_(std::move(append)) {}
 
-    std::string type_;
-    Append append_;
+    Append append_;  ///< The value as a variant.
   };
 
   struct Behaviour {
@@ -97,21 +95,15 @@ class FakeMprisPlayer {
  private:
   struct Request {
     BusMessage call;
-    std::string method;
-    std::string interface;  ///< That of the property.
-    std::string property;
-    std::string name() const { return property.empty() ? method : method + " " + property; }
+    std::string name;      ///< As tests write it.
+    std::string property;  ///< That it is about, if any.
+    bool ofRoot;           ///< Whether it is about properties of the root interface.
   };
 
   void serve();
   void receive(sd_bus_message* call);
   void answerWaiting();
   void answer(const Request& request);
-  void answerGet(const Request& request);
-  void answerGetAll(const Request& request);
-  void answerSet(const Request& request);
-  void answerSetEntry(const Request& request);
-  void answerCommand(const Request& request);
 
   std::mutex mutex_;  ///< Guards all that follows but the thread, sd-bus included.
   BusConnection bus_;

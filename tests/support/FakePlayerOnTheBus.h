@@ -1,5 +1,7 @@
 #pragma once
 
+#include <algorithm>
+#include <cstddef>
 #include <memory>
 #include <string>
 
@@ -8,31 +10,27 @@
 #include "players/mpris/MprisPlayer.h"
 #include "tests/support/Eventually.h"
 #include "tests/support/FakeMprisPlayer.h"
-#include "tests/support/Patience.h"
 #include "tests/support/PrivateBus.h"
 #include "tests/support/ScriptedStack.h"
 
 namespace Corvella {
 
-/// A session bus of the test's own.
-class ABus : public testing::Test {
- protected:
-  PrivateBus bus_;
-  ScopedSessionBus session_{bus_.address()};
-};
+/// Deadlines that no player misses unless it hangs, however busy the machine is.
+constexpr MprisDeadlines patience{
+    .call = longestWait, .greeting = longestWait, .connecting = longestWait};
 
-/// A fake player that plays a track, and the stack that reads it.
-class AFakePlayerOnTheBus : public ABus {
+/// A session bus with a fake player on it that plays a track, and the stack that reads it.
+class AFakePlayerOnTheBus : public testing::Test {
  protected:
   AFakePlayerOnTheBus() {
     fake_.show("Title", "Playing");
     connect(patience);
   }
 
-  /// Has the player read with such deadlines from now on.
-  void connect(const MprisDeadlines& deadlines) {
+  /// Has the player, or only those of a name, read with such deadlines from now on.
+  void connect(const MprisDeadlines& deadlines, const std::string& pinnedName = "") {
     stack_.reset();
-    player_ = std::make_unique<MprisPlayer>("", deadlines);
+    player_ = std::make_unique<MprisPlayer>(pinnedName, deadlines);
     stack_ = std::make_unique<ScriptedStack>(*player_);
   }
 
@@ -49,9 +47,21 @@ class AFakePlayerOnTheBus : public ABus {
         [&] { return controller().running() && controller().songInfo().title == title; });
   }
 
+  bool eventuallyThereAre(std::ptrdiff_t count, PlayerState state) const {
+    return eventually([&] {
+      return std::ranges::count(player_->candidates(), state, &PlayerRoster::Player::state) ==
+             count;
+    });
+  }
+
+  PrivateBus bus_;
+  ScopedSessionBus session_{bus_.address()};
   FakeMprisPlayer fake_{bus_.address(), "fake"};
   std::unique_ptr<MprisPlayer> player_;
   std::unique_ptr<ScriptedStack> stack_;
 };
+
+/// The same, for what is said of other players or of all.
+class ABus : public AFakePlayerOnTheBus {};
 
 }  // namespace Corvella

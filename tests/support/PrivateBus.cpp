@@ -7,32 +7,16 @@
 
 namespace Corvella {
 
-namespace {
-
-/// Stands in for --session, which would bring the machine's services.
-std::string configuration(const std::string& folder) {
-  return "<busconfig><type>session</type><listen>unix:path=" + folder +
-         "/bus</listen><auth>EXTERNAL</auth><servicedir>" + folder +
-         "/services</servicedir><policy context=\"default\"><allow own=\"*\"/>"
-         "<allow send_destination=\"*\" eavesdrop=\"true\"/><allow eavesdrop=\"true\"/>"
-         "</policy></busconfig>";
-}
-
-}  // namespace
-
-BusConnection connectToBus(const std::string& address) {
-  sd_bus* bus = nullptr;
-  checkBus(sd_bus_new(&bus), "sd_bus_new");
-  BusConnection connection(bus);
-  checkBus(sd_bus_set_address(bus, address.c_str()), "sd_bus_set_address");
-  checkBus(sd_bus_set_bus_client(bus, 1), "sd_bus_set_bus_client");
-  checkBus(sd_bus_start(bus), "sd_bus_start");
-  return connection;
-}
-
 PrivateBus::PrivateBus() {
-  std::filesystem::create_directory(folder_.path() / "services");
-  const auto file = folder_.write("bus.conf", configuration(folder_.path()));
+  const auto folder = folder_.path().string();
+  std::filesystem::create_directory(folder + "/services");
+  // Stands in for --session, which would bring the machine's services.
+  const auto file = folder_.write(
+      "bus.conf", "<busconfig><type>session</type><listen>unix:path=" + folder +
+                      "/bus</listen><auth>EXTERNAL</auth><servicedir>" + folder +
+                      "/services</servicedir><policy context=\"default\"><allow own=\"*\"/>"
+                      "<allow send_destination=\"*\" eavesdrop=\"true\"/>"
+                      "<allow eavesdrop=\"true\"/></policy></busconfig>");
   daemon_.emplace(std::vector<std::string>{"dbus-daemon", "--nofork", "--print-address",
                                            "--config-file=" + file.string()});
   eventually([this] { return daemon_->output().ends_with('\n') || !daemon_->running(); });

@@ -5,14 +5,10 @@
 #include <optional>
 #include <string>
 
-#include "players/mpris/bus/SdBus.h"
 #include "tests/support/Process.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace Corvella {
-
-/// A connection of its own to the bus at `address`. Throws std::system_error.
-BusConnection connectToBus(const std::string& address);
 
 /// A session bus of the test's own. It knows none of the machine's services: what is not running on
 /// it can be started by nobody, but for names that a test adds.

@@ -1,8 +1,11 @@
 #pragma once
 
+#include <csignal>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "tests/support/Eventually.h"
 #include "tests/support/Process.h"
 
 namespace Corvella {
@@ -17,19 +20,42 @@ class RealMpv {
 
   /// Returns when the player has opened the first of its files. Throws std::runtime_error when it
   /// never does.
-  RealMpv(const std::string& address, const Options& options);
+  RealMpv(const std::string& address, const Options& options)
+      : address_(address), process_(commandFor(options), {"DBUS_SESSION_BUS_ADDRESS=" + address}) {
+    // The title and the url stand there before the file is open, the length does not.
+    const auto ready = [this] { return tells("Metadata", "mpris:length"); };
+    eventually([&] { return ready() || !process_.running(); });
+    if (!ready()) throw std::runtime_error("no mpv: " + process_.errors());
+  }
 
-  /// Its name on a bus without another mpv.
-  static std::string busName() { return "org.mpris.MediaPlayer2.mpv"; }
+  /// Whether another program sees that text, "double 0.5", in a property of the Player interface,
+  /// in the words of dbus-send.
+  bool tells(const std::string& property, const std::string& text) const {
+    Process look({"dbus-send", "--bus=" + address_, "--print-reply=literal",
+                  "--dest=org.mpris.MediaPlayer2.mpv", "/org/mpris/MediaPlayer2",
+                  "org.freedesktop.DBus.Properties.Get", "string:org.mpris.MediaPlayer2.Player",
+                  "string:" + property});
+    look.wait();
+    return look.output().find(text) != std::string::npos;
+  }
 
-  /// What another program sees of a property of the Player interface, in the words of dbus-send:
-  /// "double 0.5". Empty when the player does not answer.
-  std::string property(const std::string& name) const;
-
-  /// Ends the player as a crash would, and returns when it is gone.
-  void kill();
+  /// Ends the player as a crash would.
+  void kill() { process_.kill(SIGKILL); }
 
  private:
+  static std::vector<std::string> commandFor(const Options& options) {
+    std::vector<std::string> command{"mpv",
+                                     "--no-config",
+                                     "--idle=yes",
+                                     "--no-video",
+                                     "--ao=null",
+                                     "--no-terminal",
+                                     "--script=/usr/lib/mpv-mpris/mpris.so"};
+    if (options.paused) command.emplace_back("--pause");
+    command.insert(command.end(), options.files.begin(), options.files.end());
+    return command;
+  }
+
   std::string address_;
   Process process_;
 };
