@@ -83,7 +83,8 @@ TEST_F(AFakePlayerOnTheBus, GivesWayToOneThatPlays) {
   ASSERT_TRUE(eventually([&] { return other->received("Get PlaybackStatus") == 1; }));
   other->set("PlaybackStatus", "Playing");
   other->announce("PlaybackStatus", false);
-  ASSERT_TRUE(eventuallyThereAre(2, PlayerState::Playing));
+  ASSERT_TRUE(
+      eventually([&] { return player_->candidates().back().state == PlayerState::Playing; }));
   EXPECT_EQ(controller().songInfo().title, "Title");
 
   fake_.set("PlaybackStatus", "Paused");

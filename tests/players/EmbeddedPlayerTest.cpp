@@ -1,4 +1,5 @@
 #include <chrono>
+#include <optional>
 #include <set>
 #include <string>
 #include <thread>
@@ -32,7 +33,8 @@ const NSBundle kResources{CORVELLA_RESOURCES};
 class AnEmbeddedPlayer : public testing::Test {
  protected:
   ManualClock clock_;
-  EmbeddedPlayer player_{clock_, kResources, {track("A", 10s), track("B", 20s), track("C", 30s)}};
+  const std::vector<EmbeddedTrack> aMinute_{track("A", 10s), track("B", 20s), track("C", 30s)};
+  std::optional<EmbeddedPlayer> player_{std::in_place, clock_, kResources, aMinute_};
 };
 
 /// Time that passes, or what the player is asked for.
@@ -46,7 +48,7 @@ struct Story {
   PlayerState state = Playing;
 };
 
-TEST(AnEmbeddedPlayerInTheCourseOfTime, IsWhereClockAndRequestsPutIt) {
+TEST_F(AnEmbeddedPlayer, IsWhereClockAndRequestsPutIt) {
   const std::vector<Story> stories{
       {"just before an end", {10s - 1us}, "A", 10s - 1us},
       {"at an end", {10s}, "B", 0s},
@@ -65,70 +67,66 @@ TEST(AnEmbeddedPlayerInTheCourseOfTime, IsWhereClockAndRequestsPutIt) {
       {"back while paused", {4s, Pause, Previous, kAWhile}, "C", 0s, Paused}};
   for (const auto& story : stories) {
     SCOPED_TRACE(story.name);
-    ManualClock clock;
-    EmbeddedPlayer player(clock, kResources, {track("A", 10s), track("B", 20s), track("C", 30s)});
+    player_.emplace(clock_, kResources, aMinute_);
     for (const auto& step : story.steps) {
       if (const auto* request = std::get_if<PlaybackRequest>(&step)) {
-        EXPECT_TRUE(player.perform(*request));
+        EXPECT_TRUE(player_->perform(*request));
       } else {
-        clock.advance(std::get<Clock::TimePoint::duration>(step));
+        clock_.advance(std::get<Clock::TimePoint::duration>(step));
       }
     }
-    EXPECT_EQ(*player.lyricsOfCurrentTrack(), "lyrics of " + story.track);
-    EXPECT_EQ(player.currentTrack()->name, story.track);
-    EXPECT_EQ(*player.playerPosition(), story.position);
-    EXPECT_EQ(*player.playerState(), story.state);
+    EXPECT_EQ(*player_->lyricsOfCurrentTrack(), "lyrics of " + story.track);
+    EXPECT_EQ(player_->currentTrack()->name, story.track);
+    EXPECT_EQ(*player_->playerPosition(), story.position);
+    EXPECT_EQ(*player_->playerState(), story.state);
   }
 }
 
 TEST_F(AnEmbeddedPlayer, LosesNoTimeToFrequentQuestions) {
   for (int question = 0; question < 1000; ++question) {
     clock_.advance(1'700ns);
-    player_.playerPosition();
+    player_->playerPosition();
   }
   clock_.advance(10s);
 
-  EXPECT_EQ(*player_.playerPosition(), 1'700us);
+  EXPECT_EQ(*player_->playerPosition(), 1'700us);
 }
 
-TEST(AnEmbeddedPlayerOfShortTracks, WakesAtOnceFromALongSleep) {
-  ManualClock clock;
-  EmbeddedPlayer player(clock, kResources, {track("A", 1us), track("B", 2us)});
-
+TEST_F(AnEmbeddedPlayer, WakesAtOnceFromALongSleep) {
+  player_.emplace(clock_, kResources, std::vector{track("A", 1us), track("B", 2us)});
   // Going through these track by track would take days.
-  clock.advance(24h * 365 * 50 + 1us);
-
-  EXPECT_EQ(player.currentTrack()->name, "B");
+  clock_.advance(24h * 365 * 50 + 1us);
+  EXPECT_EQ(player_->currentTrack()->name, "B");
 }
 
 TEST_F(AnEmbeddedPlayer, KeepsItsVolumeAndTheRatingOfEachTrackWithinTheScale) {
-  EXPECT_EQ(*player_.soundVolume(), 80);
-  player_.setRatingOfCurrentTrack(60);
-  player_.perform(Next);
-  EXPECT_EQ(player_.currentTrack()->rating, 20);
+  EXPECT_EQ(*player_->soundVolume(), 80);
+  player_->setRatingOfCurrentTrack(60);
+  player_->perform(Next);
+  EXPECT_EQ(player_->currentTrack()->rating, 20);
   for (const auto& [set, expected] : {std::pair{37, 37}, {-5, 0}, {101, 100}}) {
-    player_.setSoundVolume(set);
-    EXPECT_EQ(*player_.soundVolume(), expected);
-    player_.setRatingOfCurrentTrack(set);
-    EXPECT_EQ(player_.currentTrack()->rating, expected);
+    player_->setSoundVolume(set);
+    EXPECT_EQ(*player_->soundVolume(), expected);
+    player_->setRatingOfCurrentTrack(set);
+    EXPECT_EQ(player_->currentTrack()->rating, expected);
   }
-  player_.perform(Previous);
-  EXPECT_EQ(player_.currentTrack()->rating, 60);
+  player_->perform(Previous);
+  EXPECT_EQ(player_->currentTrack()->rating, 60);
 }
 
 TEST_F(AnEmbeddedPlayer, ServesSeveralThreadsAtOnce) {
   const auto use = [this] {
     for (int round = 0; round < 500; ++round) {
       clock_.advance(1s);
-      player_.perform(Play);
-      player_.setRatingOfCurrentTrack(round % 100);
-      player_.setSoundVolume(round % 100);
-      EXPECT_LT(*player_.soundVolume(), 100);
-      EXPECT_EQ(*player_.playerState(), Playing);
-      EXPECT_LT(*player_.playerPosition(), 30s);
-      EXPECT_TRUE(player_.currentTrack());
-      EXPECT_TRUE(player_.lyricsOfCurrentTrack()->starts_with("lyrics"));
-      EXPECT_TRUE(player_.artworkOfCurrentTrack()->empty());
+      player_->perform(Play);
+      player_->setRatingOfCurrentTrack(round % 100);
+      player_->setSoundVolume(round % 100);
+      EXPECT_LT(*player_->soundVolume(), 100);
+      EXPECT_EQ(*player_->playerState(), Playing);
+      EXPECT_LT(*player_->playerPosition(), 30s);
+      EXPECT_TRUE(player_->currentTrack());
+      EXPECT_TRUE(player_->lyricsOfCurrentTrack()->starts_with("lyrics"));
+      EXPECT_TRUE(player_->artworkOfCurrentTrack()->empty());
     }
   };
 
@@ -137,37 +135,34 @@ TEST_F(AnEmbeddedPlayer, ServesSeveralThreadsAtOnce) {
   for (auto& thread : threads) thread.join();
 
   // The threads took 2000 seconds together, which is 33 rounds of the list and 20 seconds.
-  EXPECT_EQ(player_.currentTrack()->name, "B");
-  EXPECT_EQ(*player_.playerPosition(), 10s);
+  EXPECT_EQ(player_->currentTrack()->name, "B");
+  EXPECT_EQ(*player_->playerPosition(), 10s);
 }
 
-TEST(AnEmbeddedPlayerOfNoTracks, IsStoppedAndHasNoTrackToTellOf) {
-  ManualClock clock;
-  EmbeddedPlayer player(clock, kResources, {});
+TEST_F(AnEmbeddedPlayer, OfNoTracksIsStoppedAndHasNoneToTellOf) {
+  player_.emplace(clock_, kResources, std::vector<EmbeddedTrack>());
+  for (const auto request : {Play, Pause, Previous, Next}) EXPECT_TRUE(player_->perform(request));
+  clock_.advance(1h);
 
-  for (const auto request : {Play, Pause, Previous, Next}) EXPECT_TRUE(player.perform(request));
-  clock.advance(1h);
-
-  EXPECT_TRUE(player.running());
-  EXPECT_EQ(*player.playerState(), Stopped);
-  EXPECT_EQ(*player.playerPosition(), 0s);
-  EXPECT_EQ(player.currentTrack().failure(), PlayerFailure::NoSuchObject);
-  EXPECT_EQ(player.lyricsOfCurrentTrack().failure(), PlayerFailure::NoSuchObject);
-  EXPECT_EQ(player.artworkOfCurrentTrack().failure(), PlayerFailure::NoSuchObject);
-  EXPECT_EQ(player.setRatingOfCurrentTrack(20).failure(), PlayerFailure::NoSuchObject);
-  player.setSoundVolume(5);
-  EXPECT_EQ(*player.soundVolume(), 5);
+  EXPECT_TRUE(player_->running());
+  EXPECT_EQ(*player_->playerState(), Stopped);
+  EXPECT_EQ(*player_->playerPosition(), 0s);
+  EXPECT_EQ(player_->currentTrack().failure(), PlayerFailure::NoSuchObject);
+  EXPECT_EQ(player_->lyricsOfCurrentTrack().failure(), PlayerFailure::NoSuchObject);
+  EXPECT_EQ(player_->artworkOfCurrentTrack().failure(), PlayerFailure::NoSuchObject);
+  EXPECT_EQ(player_->setRatingOfCurrentTrack(20).failure(), PlayerFailure::NoSuchObject);
+  player_->setSoundVolume(5);
+  EXPECT_EQ(*player_->soundVolume(), 5);
 }
 
-TEST(ArtworkOfTheEmbeddedPlayer, IsTheCurrentTracksCoverIfItHasOne) {
-  ManualClock clock;
-  EmbeddedPlayer player(clock, kResources,
-                        {track("A", 1s, "lanterns"), track("B", 1s), track("C", 1s, "no such")});
-
+TEST_F(AnEmbeddedPlayer, ShowsTheCurrentTracksCoverIfItHasOne) {
+  player_.emplace(
+      clock_, kResources,
+      std::vector{track("A", 1s, "lanterns"), track("B", 1s), track("C", 1s, "no such")});
   const auto cover = kResources.dataForResource("covers/lanterns.png").value();
   for (const auto& shown : {cover, {}, {}}) {
-    EXPECT_EQ(*player.artworkOfCurrentTrack(), shown);
-    clock.advance(1s);
+    EXPECT_EQ(*player_->artworkOfCurrentTrack(), shown);
+    clock_.advance(1s);
   }
 }
 

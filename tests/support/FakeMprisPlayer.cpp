@@ -9,22 +9,8 @@ namespace Corvella {
 
 namespace {
 
-constexpr auto kObject = "/org/mpris/MediaPlayer2";
 constexpr std::string_view kRoot = "org.mpris.MediaPlayer2";
-constexpr auto kPlayer = "org.mpris.MediaPlayer2.Player";
-constexpr auto kRhythmbox = "/org/gnome/Rhythmbox3/RhythmDB";
 constexpr auto kIdentity = "Identity";
-
-/// Owns the connection. Throws std::system_error.
-BusConnection connectTo(const std::string& address) {
-  sd_bus* bus = nullptr;
-  checkBus(sd_bus_new(&bus), "sd_bus_new");
-  BusConnection connection(bus);
-  checkBus(sd_bus_set_address(bus, address.c_str()), "sd_bus_set_address");
-  checkBus(sd_bus_set_bus_client(bus, 1), "sd_bus_set_bus_client");
-  checkBus(sd_bus_start(bus), "sd_bus_start");
-  return connection;
-}
 
 void appendEntries(sd_bus_message* message, const FakeMprisPlayer::Entries& entries) {
   sd_bus_message_open_container(message, 'a', "{sv}");
@@ -52,8 +38,7 @@ FakeMprisPlayer::Value::Value(const Entries& entries)
       }) {}
 
 FakeMprisPlayer::FakeMprisPlayer(const std::string& address, const std::string& name)
-    : bus_(connectTo(address)),
-      properties_{{"PlaybackStatus", "Stopped"},
+    : properties_{{"PlaybackStatus", "Stopped"},
                   {"Metadata", Entries()},
                   {"Position", INT64_C(0)},
                   {"Volume", 1.0}} {
@@ -62,23 +47,22 @@ FakeMprisPlayer::FakeMprisPlayer(const std::string& address, const std::string& 
     return 1;
   };
   const auto busName = "org.mpris.MediaPlayer2." + name;
-  checkBus(sd_bus_add_object(bus_.get(), nullptr, kObject, onCall, this), "sd_bus_add_object");
-  checkBus(sd_bus_add_object(bus_.get(), nullptr, kRhythmbox, onCall, this), "sd_bus_add_object");
-  checkBus(sd_bus_request_name(bus_.get(), busName.c_str(), 0), "sd_bus_request_name");
+  sd_bus* bus = nullptr;
+  checkBus(sd_bus_new(&bus), "sd_bus_new");
+  bus_.reset(bus);
+  checkBus(sd_bus_set_address(bus, address.c_str()), "sd_bus_set_address");
+  checkBus(sd_bus_set_bus_client(bus, 1), "sd_bus_set_bus_client");
+  checkBus(sd_bus_start(bus), "sd_bus_start");
+  for (const auto* path : {"/org/mpris/MediaPlayer2", "/org/gnome/Rhythmbox3/RhythmDB"}) {
+    checkBus(sd_bus_add_object(bus, nullptr, path, onCall, this), path);
+  }
+  checkBus(sd_bus_request_name(bus, busName.c_str(), 0), "sd_bus_request_name");
   thread_ = std::thread([this] { serve(); });
 }
 
 FakeMprisPlayer::~FakeMprisPlayer() {
-  {
-    const std::scoped_lock lock(mutex_);
-    ending_ = true;
-  }
+  locked([&] { ending_ = true; });
   thread_.join();
-}
-
-void FakeMprisPlayer::set(const std::string& property, const Value& value) {
-  const std::scoped_lock lock(mutex_);
-  properties_.insert_or_assign(property, value);
 }
 
 void FakeMprisPlayer::show(const std::string& title, const std::string& status) {
@@ -89,19 +73,14 @@ void FakeMprisPlayer::show(const std::string& title, const std::string& status) 
   set("PlaybackStatus", status);
 }
 
-void FakeMprisPlayer::remove(const std::string& property) {
-  const std::scoped_lock lock(mutex_);
-  properties_.erase(property);
-}
-
 void FakeMprisPlayer::announce(const std::string& property, bool withValue) {
   const std::scoped_lock lock(mutex_);
   sd_bus_message* message = nullptr;
-  checkBus(sd_bus_message_new_signal(bus_.get(), &message, kObject,
+  checkBus(sd_bus_message_new_signal(bus_.get(), &message, "/org/mpris/MediaPlayer2",
                                      "org.freedesktop.DBus.Properties", "PropertiesChanged"),
            "PropertiesChanged");
   const BusMessage owned(message);
-  sd_bus_message_append(message, "s", kPlayer);
+  sd_bus_message_append(message, "s", "org.mpris.MediaPlayer2.Player");
   Entries changed;
   if (withValue) changed.insert(*properties_.find(property));
   appendEntries(message, changed);
@@ -109,30 +88,7 @@ void FakeMprisPlayer::announce(const std::string& property, bool withValue) {
   sd_bus_send(bus_.get(), message, nullptr);
 }
 
-void FakeMprisPlayer::behave(Behaviour behaviour) {
-  const std::scoped_lock lock(mutex_);
-  behaviour_ = std::move(behaviour);
-  answerWaiting();
-}
-
-std::vector<std::string> FakeMprisPlayer::calls() {
-  const std::scoped_lock lock(mutex_);
-  return calls_;
-}
-
-void FakeMprisPlayer::forgetCalls() {
-  const std::scoped_lock lock(mutex_);
-  calls_.clear();
-}
-
-std::vector<FakeMprisPlayer::Write> FakeMprisPlayer::writes() {
-  const std::scoped_lock lock(mutex_);
-  return writes_;
-}
-
 void FakeMprisPlayer::serve() {
-  // How long what a test asks for may wait.
-  constexpr int milliseconds = 5;
   std::unique_lock lock(mutex_);
   while (!ending_) {
     int result = 1;
@@ -143,7 +99,7 @@ void FakeMprisPlayer::serve() {
     answerWaiting();
     pollfd file{bus_ ? sd_bus_get_fd(bus_.get()) : -1, POLLIN, 0};
     lock.unlock();
-    ::poll(&file, 1, milliseconds);
+    ::poll(&file, 1, 5);  // Milliseconds that what a test asks for may wait.
     lock.lock();
   }
 }

@@ -68,29 +68,41 @@ class FakeMprisPlayer {
   /// Owns org.mpris.MediaPlayer2.`name` on the bus at `address` when the constructor returns.
   FakeMprisPlayer(const std::string& address, const std::string& name);
   ~FakeMprisPlayer();
-  FakeMprisPlayer(const FakeMprisPlayer&) = delete;
-  FakeMprisPlayer& operator=(const FakeMprisPlayer&) = delete;
 
   /// Adds or changes a property, and tells nobody. "Identity" is one of the player's root
   /// interface, every other one of its player interface.
-  void set(const std::string& property, const Value& value);
+  void set(const std::string& property, const Value& value) {
+    locked([&] { properties_.insert_or_assign(property, value); });
+  }
   void setMetadata(const Entries& entries) { set("Metadata", entries); }
   /// The same for a track of that title, 215.5 seconds long, and the status.
   void show(const std::string& title, const std::string& status);
   /// Takes a property away: GetAll leaves it out, reads of it fail.
-  void remove(const std::string& property);
+  void remove(const std::string& property) {
+    locked([&] { properties_.erase(property); });
+  }
   /// Sends PropertiesChanged for a property, with its value or as invalidated.
   void announce(const std::string& property, bool withValue = true);
   /// From now on the player behaves like that, also towards calls that have piled up: they are
   /// answered when this returns, unless it hangs on.
-  void behave(Behaviour behaviour);
+  void behave(Behaviour behaviour) {
+    const std::scoped_lock lock(mutex_);
+    behaviour_ = std::move(behaviour);
+    answerWaiting();
+  }
 
   /// All calls received, in order, answered or not.
-  std::vector<std::string> calls();
+  std::vector<std::string> calls() {
+    return locked([&] { return calls_; });
+  }
   std::ptrdiff_t received(const std::string& call) { return std::ranges::count(calls(), call); }
-  void forgetCalls();
+  void forgetCalls() {
+    locked([&] { calls_.clear(); });
+  }
   /// All writes that were answered.
-  std::vector<Write> writes();
+  std::vector<Write> writes() {
+    return locked([&] { return writes_; });
+  }
 
  private:
   struct Request {
@@ -100,6 +112,11 @@ class FakeMprisPlayer {
     bool ofRoot;           ///< Whether it is about properties of the root interface.
   };
 
+  template <typename Action>
+  std::invoke_result_t<Action> locked(Action action) {
+    const std::scoped_lock lock(mutex_);
+    return action();
+  }
   void serve();
   void receive(sd_bus_message* call);
   void answerWaiting();

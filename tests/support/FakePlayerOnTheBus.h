@@ -1,7 +1,5 @@
 #pragma once
 
-#include <algorithm>
-#include <cstddef>
 #include <memory>
 #include <string>
 
@@ -45,13 +43,6 @@ class AFakePlayerOnTheBus : public testing::Test {
     // The question whether a player runs has the current player chosen anew.
     return eventually(
         [&] { return controller().running() && controller().songInfo().title == title; });
-  }
-
-  bool eventuallyThereAre(std::ptrdiff_t count, PlayerState state) const {
-    return eventually([&] {
-      return std::ranges::count(player_->candidates(), state, &PlayerRoster::Player::state) ==
-             count;
-    });
   }
 
   PrivateBus bus_;

@@ -2,8 +2,6 @@
 
 #include <array>
 #include <cerrno>
-#include <map>
-#include <mutex>
 #include <string>
 #include <system_error>
 #include <thread>
@@ -17,8 +15,8 @@
 
 namespace Corvella {
 
-/// A web server on this machine for tests: it answers each path with bytes that the test chose, so
-/// that they may be wrong in any way. Its operations may be called from any thread.
+/// A web server on this machine for tests: it answers one request after the other with bytes that
+/// the test chose, so that they may be wrong in any way.
 class HttpServer {
  public:
   struct Answer {
@@ -27,7 +25,9 @@ class HttpServer {
   };
 
   /// Starts to serve. Throws std::system_error when there is no port to be had.
-  HttpServer() {
+  explicit HttpServer(std::vector<Answer> answers) : answers_(std::move(answers)) {
+    address_.sin_family = AF_INET;
+    address_.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     auto* const any = reinterpret_cast<sockaddr*>(&address_);
     socklen_t size = sizeof address_;
     const int listener = listener_.number();
@@ -39,35 +39,32 @@ class HttpServer {
   }
   ~HttpServer() {
     ::shutdown(listener_.number(), SHUT_RDWR);
-    thread_.join();
-  }
-  HttpServer(const HttpServer&) = delete;
-  HttpServer& operator=(const HttpServer&) = delete;
-
-  /// Other paths are answered with 404.
-  void answer(const std::string& path, Answer answer) {
-    const std::scoped_lock lock(mutex_);
-    answers_.insert_or_assign(path, std::move(answer));
+    if (thread_.joinable()) thread_.join();
   }
 
-  /// "http://127.0.0.1:PORT" with `path`, which starts with '/', behind.
-  std::string url(const std::string& path) const {
-    return "http://127.0.0.1:" + std::to_string(ntohs(address_.sin_port)) + path;
-  }
+  /// "127.0.0.1:PORT"
+  std::string host() const { return "127.0.0.1:" + std::to_string(ntohs(address_.sin_port)); }
+  std::string url() const { return "http://" + host() + "/"; }
 
-  /// The heads of all requests so far.
+  /// The heads of all requests, when as many have come as there are answers. Called once.
   std::vector<std::string> requests() {
-    const std::scoped_lock lock(mutex_);
+    thread_.join();
     return requests_;
   }
 
  private:
   void serve() {
-    for (;;) {
+    for (const auto& answer : answers_) {
       const int connection = ::accept4(listener_.number(), nullptr, nullptr, SOCK_CLOEXEC);
       if (connection < 0) return;
       const FileDescriptor owned(connection, "accept");
-      converse(connection);
+      auto& request = requests_.emplace_back();
+      bool listening = true;
+      while (listening && request.find("\r\n\r\n") == std::string::npos) {
+        listening = receive(connection, request);
+      }
+      ::send(connection, answer.bytes.data(), answer.bytes.size(), MSG_NOSIGNAL);
+      while (listening && answer.thenHangs) listening = receive(connection, request);
     }
   }
 
@@ -79,30 +76,9 @@ class HttpServer {
     return count > 0;
   }
 
-  void converse(int connection) {
-    std::string request;
-    while (request.find("\r\n\r\n") == std::string::npos) {
-      if (!receive(connection, request)) return;
-    }
-    const auto answer = answerTo(request);
-    ::send(connection, answer.bytes.data(), answer.bytes.size(), MSG_NOSIGNAL);
-    while (answer.thenHangs && receive(connection, request)) continue;
-  }
-
-  Answer answerTo(const std::string& request) {
-    const auto start = request.find(' ') + 1;
-    const auto path = request.substr(start, request.find(' ', start) - start);
-    const std::scoped_lock lock(mutex_);
-    requests_.push_back(request);
-    const auto found = answers_.find(path);
-    return found != answers_.end() ? found->second : Answer{"HTTP/1.1 404 Not Found\r\n\r\n"};
-  }
-
   FileDescriptor listener_{::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0), "socket"};
-  sockaddr_in address_{
-      .sin_family = AF_INET, .sin_port = 0, .sin_addr = {htonl(INADDR_LOOPBACK)}, .sin_zero = {}};
-  std::mutex mutex_;
-  std::map<std::string, Answer> answers_;
+  sockaddr_in address_{};
+  const std::vector<Answer> answers_;
   std::vector<std::string> requests_;
   std::thread thread_;
 };

@@ -24,37 +24,30 @@ TagLib::StringList tagText(const std::string& text) {
   return TagLib::String(text, TagLib::String::UTF8);
 }
 
-/// A FLAC::Picture or an AttachedPictureFrame, which the tag that it is added to will own.
-template <typename Picture>
-Picture* makePicture(const std::string& bytes, typename Picture::Type type) {
-  auto picture = std::make_unique<Picture>();
-  const TagLib::ByteVector data(bytes.data(), static_cast<unsigned>(bytes.size()));
-  picture->setType(type);
-  picture->setMimeType("image/png");
-  if constexpr (requires { picture->setPicture(data); }) {
-    picture->setPicture(data);
-  } else {
-    picture->setData(data);
+/// Has `add` take over the two pictures: FLAC::Picture or AttachedPictureFrame.
+template <typename Picture, typename Add>
+void addPictures(const std::string& cover, Add add) {
+  if (cover.empty()) return;
+  for (const auto type : {Picture::Artist, Picture::FrontCover}) {
+    const auto bytes = type == Picture::FrontCover ? cover : pictureBytes("artist");
+    const TagLib::ByteVector data(bytes.data(), static_cast<unsigned>(bytes.size()));
+    auto picture = std::make_unique<Picture>();
+    picture->setType(type);
+    picture->setMimeType("image/png");
+    if constexpr (requires { picture->setPicture(data); }) {
+      picture->setPicture(data);
+    } else {
+      picture->setData(data);
+    }
+    add(picture.release());
   }
-  return picture.release();
-}
-
-/// To a FLAC file or a Xiph comment.
-template <typename Owner>
-void addPictures(Owner& owner, const std::string& cover) {
-  using Picture = TagLib::FLAC::Picture;
-  owner.addPicture(makePicture<Picture>(pictureBytes("artist"), Picture::Artist));
-  owner.addPicture(makePicture<Picture>(cover, Picture::FrontCover));
 }
 
 void replaceFrames(TagLib::ID3v2::Tag& tag, const MediaTags& tags) {
-  using Picture = TagLib::ID3v2::AttachedPictureFrame;
   tag.removeFrames("APIC");
   tag.removeFrames("POPM");
-  if (!tags.cover.empty()) {
-    tag.addFrame(makePicture<Picture>(pictureBytes("artist"), Picture::Artist));
-    tag.addFrame(makePicture<Picture>(tags.cover, Picture::FrontCover));
-  }
+  using Picture = TagLib::ID3v2::AttachedPictureFrame;
+  addPictures<Picture>(tags.cover, [&](Picture* picture) { tag.addFrame(picture); });
   for (const int popularity : tags.popularities) {
     auto frame = std::make_unique<TagLib::ID3v2::PopularimeterFrame>();
     frame->setEmail(std::to_string(popularity));
@@ -79,6 +72,7 @@ void writeTags(const std::filesystem::path& path, const MediaTags& tags) {
   TagLib::FileRef reference(path.c_str(), false);
   if (reference.isNull()) throw std::runtime_error("not an audio file: " + path.string());
   auto& file = *reference.file();
+  using Picture = TagLib::FLAC::Picture;
   TagLib::PropertyMap properties;
   for (const auto& [name, text] : {std::pair("LYRICS", tags.lyrics),
                                    {"UNSYNCEDLYRICS", tags.otherLyrics},
@@ -90,10 +84,10 @@ void writeTags(const std::filesystem::path& path, const MediaTags& tags) {
     replaceFrames(*mpeg->ID3v2Tag(true), tags);
   } else if (auto* flac = dynamic_cast<TagLib::FLAC::File*>(&file)) {
     flac->removePictures();
-    if (!tags.cover.empty()) addPictures(*flac, tags.cover);
+    addPictures<Picture>(tags.cover, [&](Picture* picture) { flac->addPicture(picture); });
   } else if (auto* xiph = dynamic_cast<TagLib::Ogg::XiphComment*>(file.tag())) {
     xiph->removeAllPictures();
-    if (!tags.cover.empty()) addPictures(*xiph, tags.cover);
+    addPictures<Picture>(tags.cover, [&](Picture* picture) { xiph->addPicture(picture); });
   } else if (auto* mp4 = dynamic_cast<TagLib::MP4::Tag*>(file.tag())) {
     constexpr auto rating = "----:com.apple.iTunes:FMPS_Rating";
     mp4->removeItem("covr");
@@ -105,19 +99,6 @@ void writeTags(const std::filesystem::path& path, const MediaTags& tags) {
     if (!tags.rating.empty()) mp4->setItem(rating, tagText(tags.rating));
   }
   if (!file.save()) throw std::runtime_error("tags not written: " + path.string());
-}
-
-std::string pictureBytes(const std::string& note) {
-  return "\x89PNG\r\n\x1A\n" + note;
-}
-
-std::optional<std::string> textOf(const std::optional<std::vector<std::byte>>& bytes) {
-  if (!bytes) return std::nullopt;
-  return std::string(reinterpret_cast<const char*>(bytes->data()), bytes->size());
-}
-
-std::string urlOf(const std::filesystem::path& path) {
-  return "file://" + path.string();
 }
 
 }  // namespace Corvella

@@ -29,12 +29,19 @@ std::filesystem::path makeTrack(const TemporaryFolder& folder, const MediaTags& 
 void writeTags(const std::filesystem::path& path, const MediaTags& tags);
 
 /// Bytes that start like a PNG file, with `note` behind.
-std::string pictureBytes(const std::string& note);
+inline std::string pictureBytes(const std::string& note) {
+  return "\x89PNG\r\n\x1A\n" + note;
+}
 
 /// Bytes as text, so that tests can write down what they expect.
-std::optional<std::string> textOf(const std::optional<std::vector<std::byte>>& bytes);
+inline std::optional<std::string> textOf(const std::optional<std::vector<std::byte>>& bytes) {
+  if (!bytes) return std::nullopt;
+  return std::string(reinterpret_cast<const char*>(bytes->data()), bytes->size());
+}
 
 /// Where players say that the file is.
-std::string urlOf(const std::filesystem::path& path);
+inline std::string urlOf(const std::filesystem::path& path) {
+  return "file://" + path.string();
+}
 
 }  // namespace Corvella

@@ -2,9 +2,13 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <filesystem>
 #include <optional>
+#include <stdexcept>
 #include <string>
+#include <vector>
 
+#include "tests/support/Eventually.h"
 #include "tests/support/Process.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -15,15 +19,38 @@ namespace Corvella {
 class PrivateBus {
  public:
   /// Returns when the bus takes connections; throws when it never does.
-  PrivateBus();
+  PrivateBus() {
+    const auto folder = folder_.path().string();
+    std::filesystem::create_directory(folder + "/services");
+    // Stands in for --session, which would bring the machine's services.
+    const auto file = folder_.write(
+        "bus.conf", "<busconfig><type>session</type><listen>unix:path=" + folder +
+                        "/bus</listen><auth>EXTERNAL</auth><servicedir>" + folder +
+                        "/services</servicedir><policy context=\"default\"><allow own=\"*\"/>"
+                        "<allow send_destination=\"*\" eavesdrop=\"true\"/>"
+                        "<allow eavesdrop=\"true\"/></policy></busconfig>");
+    daemon_.emplace(std::vector<std::string>{"dbus-daemon", "--nofork", "--print-address",
+                                             "--config-file=" + file.string()});
+    eventually([this] { return daemon_->output().ends_with('\n') || !daemon_->running(); });
+    address_ = daemon_->output();
+    if (!address_.ends_with('\n')) throw std::runtime_error("no bus: " + daemon_->errors());
+    address_.pop_back();
+  }
 
   const std::string& address() const { return address_; }
 
   /// From now on the bus runs `commandLine` when a message is sent to `name` and nobody owns it.
-  void addActivatableName(const std::string& name, const std::string& commandLine);
+  void addActivatableName(const std::string& name, const std::string& commandLine) {
+    // The bus looks into the folder again when it is asked for a name that it does not know.
+    folder_.write("services/" + name + ".service",
+                  "[D-BUS Service]\nName=" + name + "\nExec=" + commandLine + "\n");
+  }
 
   /// Kills the bus under its clients.
-  void stop();
+  void stop() {
+    daemon_->kill(SIGKILL);
+    daemon_->wait();
+  }
 
   /// Lets the bus hang: it takes connections and messages, and does nothing with them.
   void freeze() { daemon_->kill(SIGSTOP); }
