@@ -1,42 +1,23 @@
-#include <chrono>
-#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include <gmock/gmock.h>
 
+#include "tests/support/FakeMusicPlayer.h"
 #include "tests/support/ScriptedStack.h"
 
 namespace Corvella {
 namespace {
 
-using namespace std::chrono_literals;
 using enum PlaybackRequest;
-using testing::Return;
-using Time = std::optional<std::chrono::microseconds>;
+using testing::ElementsAre;
 
 constexpr auto kNotUnderstood = -1708;
 constexpr auto kNoSuchObject = -1728;
 constexpr auto kNotPermitted = -1743;
 constexpr auto kSyntaxError = -2741;
 
-class MockPlayer : public MusicPlayer {
- public:
-  MOCK_METHOD(bool, running, (), (override));
-  MOCK_METHOD(PlayerAnswer<PlayerState>, playerState, (), (override));
-  MOCK_METHOD(PlayerAnswer<Time>, playerPosition, (), (override));
-  MOCK_METHOD(PlayerAnswer<int>, soundVolume, (), (override));
-  MOCK_METHOD(PlayerAnswer<Done>, setSoundVolume, (int), (override));
-  MOCK_METHOD(PlayerAnswer<Track>, currentTrack, (), (override));
-  MOCK_METHOD(PlayerAnswer<std::string>, lyricsOfCurrentTrack, (), (override));
-  MOCK_METHOD(PlayerAnswer<std::vector<std::byte>>, artworkOfCurrentTrack, (), (override));
-  MOCK_METHOD(PlayerAnswer<Done>, setRatingOfCurrentTrack, (int), (override));
-  MOCK_METHOD(PlayerAnswer<Done>, perform, (PlaybackRequest), (override));
-  MOCK_METHOD(PlayerDescription, description, (), (override));
-};
-
-/// A script that may ask or tell the player nothing but what its test names.
 class AScript : public testing::Test {
  protected:
   /// The error that a whole text ends with.
@@ -50,56 +31,47 @@ class AScript : public testing::Test {
     return error;
   }
 
-  testing::StrictMock<MockPlayer> player_;
+  FakeMusicPlayer player_;
   ScriptedStack stack_{player_};
 };
 
 TEST_F(AScript, OfTheSongControllerAsksAndTellsWhatItMeans) {
   const auto& controller = stack_.controller;
-  EXPECT_CALL(player_, running()).WillOnce(Return(true));
   EXPECT_TRUE(controller.running());
+  EXPECT_EQ(controller.playerPosition(), "63.5");
+  EXPECT_EQ(controller.songInfo(), (SongInfo{"Name", "Artist", "Album", "La la", 60, 35, "215.5"}));
+  EXPECT_EQ(controller.songLyrics(), "La la");
+  player_.artwork = FakeImageDecoder::picture(9, 8);
+  EXPECT_EQ(controller.songArtwork()->width(), 9);
   for (const auto& [state, word] :
        {std::pair(PlayerState::Playing, "playing"), std::pair(PlayerState::Paused, "paused"),
         std::pair(PlayerState::Stopped, "stopped")}) {
-    EXPECT_CALL(player_, playerState()).WillOnce(Return(state));
+    player_.state = state;
     EXPECT_EQ(controller.playerState(), word);
   }
-  EXPECT_CALL(player_, playerPosition()).WillOnce(Return(Time(63'500ms)));
-  EXPECT_EQ(controller.playerPosition(), "63.5");
-  EXPECT_CALL(player_, currentTrack())
-      .WillOnce(Return(Track{"Name", "Artist", "Album", "La la", 60, 215'500ms}));
-  EXPECT_CALL(player_, soundVolume()).WillOnce(Return(35));
-  EXPECT_EQ(controller.songInfo(), (SongInfo{"Name", "Artist", "Album", "La la", 60, 35, "215.5"}));
-  EXPECT_CALL(player_, lyricsOfCurrentTrack()).WillOnce(Return(std::string("La la")));
-  EXPECT_EQ(controller.songLyrics(), "La la");
-  EXPECT_CALL(player_, artworkOfCurrentTrack()).WillOnce(Return(FakeImageDecoder::picture(9, 8)));
-  EXPECT_EQ(controller.songArtwork()->width(), 9);
-  EXPECT_CALL(player_, setRatingOfCurrentTrack(20)).WillOnce(Return(Done()));
   controller.setSongRating(20);
-  EXPECT_CALL(player_, setSoundVolume(7)).WillOnce(Return(Done()));
   controller.setSoundVolume(7);
-  for (const auto request : {Play, Pause, Previous, Next}) {
-    EXPECT_CALL(player_, perform(request)).WillOnce(Return(Done()));
-    controller.playback(request);
-  }
+  for (const auto request : {Play, Pause, Previous, Next}) controller.playback(request);
+  EXPECT_EQ(player_.track.rating, 20);
+  EXPECT_EQ(player_.volume, 7);
+  EXPECT_THAT(player_.requests, ElementsAre(Play, Pause, Previous, Next));
 }
 
 TEST_F(AScript, EndsAStreamAtZero) {
-  EXPECT_CALL(player_, currentTrack()).WillOnce(Return(Track()));
+  player_.track.finish.reset();
   const auto info = stack_.runner.run(
       "tell app \"iTunes\" to get (name, artist, album, lyrics, rating, finish) of current track");
   EXPECT_EQ(info.result->descriptorAtIndex(6)->stringValue(), "0");
 }
 
 TEST_F(AScript, MayVaryInCaseAndBlanksAndPassesNoNumberBeyondThePlayersScale) {
-  EXPECT_CALL(player_, setSoundVolume(100)).WillOnce(Return(Done()));
   stack_.runner.run("  TELL\tapp  \"iTunes\"  To SET sound   volume to 101 ");
-  EXPECT_CALL(player_, setRatingOfCurrentTrack(0)).WillOnce(Return(Done()));
+  EXPECT_EQ(player_.volume, 100);
   EXPECT_EQ(stack_.errorNumber("set rating of current track to -9223372036854775808"), 0);
+  EXPECT_EQ(player_.track.rating, 0);
 }
 
 TEST_F(AScript, ThatIsMalformedIsToldFromACommandThatNobodyKnows) {
-  EXPECT_CALL(player_, running()).WillOnce(Return(true));
   for (const auto* text : {"", "play", "tell", "tell app to play", "tell app \"iTunes to play",
                            "tell app \"iTunes\\", "tell app \"iTunes\" play"}) {
     EXPECT_EQ(errorOf(text).number, kSyntaxError) << text;
@@ -118,6 +90,7 @@ TEST_F(AScript, ThatIsMalformedIsToldFromACommandThatNobodyKnows) {
       EXPECT_EQ(errorOf("tell app \"iTunes\" to " + command).number, number) << command;
     }
   }
+  EXPECT_TRUE(player_.requests.empty());
 }
 
 TEST_F(AScript, TurnsAFailureIntoThePlatformsNumber) {
@@ -125,10 +98,11 @@ TEST_F(AScript, TurnsAFailureIntoThePlatformsNumber) {
                                         std::pair(PlayerFailure::NoSuchObject, kNoSuchObject),
                                         std::pair(PlayerFailure::NotUnderstood, kNotUnderstood),
                                         std::pair(PlayerFailure::TimedOut, -1712)}) {
-    EXPECT_CALL(player_, perform(Play)).WillOnce(Return(failure));
-    EXPECT_EQ(stack_.errorNumber("play"), number);
-    EXPECT_CALL(player_, soundVolume()).WillOnce(Return(failure));
-    EXPECT_EQ(stack_.errorNumber("get sound volume"), number);
+    player_.failure = failure;
+    for (const std::string command : {"play", "get sound volume", "set sound volume to 5",
+                                      "tell artwork 1 of the current track to raw data"}) {
+      EXPECT_EQ(errorOf("tell app \"iTunes\" to " + command).number, number) << command;
+    }
   }
 }
 
@@ -141,12 +115,12 @@ TEST_F(AScript, AddressesNoOtherApplicationWhateverTheCommand) {
     EXPECT_EQ(error.number, number) << command;
     EXPECT_EQ(error.appName, "Say \"Hi\"") << command;
   }
+  EXPECT_TRUE(player_.requests.empty());
 }
 
 TEST(Entitlements, LimitWhatARunnerDoes) {
   using List = NSPropertyList;
   using Entries = List::Dictionary;
-  testing::DefaultValue<PlayerAnswer<Done>>::Set(Done());
   struct Row {
     const char* group;
     const char* command;
@@ -169,7 +143,7 @@ TEST(Entitlements, LimitWhatARunnerDoes) {
       const List targets(Entries{{"com.apple.iTunes", List(List::Array{group})}});
       entitlements.emplace("com.apple.security.scripting-targets", targets);
     }
-    testing::NiceMock<MockPlayer> player;
+    FakeMusicPlayer player;
     PlayerScriptRunner runner(player, ScriptingTargets::fromEntitlements(List(entitlements)));
     const auto error = runner.run(std::string("tell app \"iTunes\" to ") + row.command).error;
     EXPECT_EQ(error ? error->number : 0, row.allowed ? 0 : kNotPermitted) << row.command;

@@ -38,7 +38,8 @@ FakeMprisPlayer::Value::Value(const Entries& entries)
       }) {}
 
 FakeMprisPlayer::FakeMprisPlayer(const std::string& address, const std::string& name)
-    : properties_{{"PlaybackStatus", "Stopped"},
+    : bus_(connectToBus(address)),
+      properties_{{"PlaybackStatus", "Stopped"},
                   {"Metadata", Entries()},
                   {"Position", INT64_C(0)},
                   {"Volume", 1.0}} {
@@ -47,16 +48,10 @@ FakeMprisPlayer::FakeMprisPlayer(const std::string& address, const std::string& 
     return 1;
   };
   const auto busName = "org.mpris.MediaPlayer2." + name;
-  sd_bus* bus = nullptr;
-  checkBus(sd_bus_new(&bus), "sd_bus_new");
-  bus_.reset(bus);
-  checkBus(sd_bus_set_address(bus, address.c_str()), "sd_bus_set_address");
-  checkBus(sd_bus_set_bus_client(bus, 1), "sd_bus_set_bus_client");
-  checkBus(sd_bus_start(bus), "sd_bus_start");
   for (const auto* path : {"/org/mpris/MediaPlayer2", "/org/gnome/Rhythmbox3/RhythmDB"}) {
-    checkBus(sd_bus_add_object(bus, nullptr, path, onCall, this), path);
+    checkBus(sd_bus_add_object(bus_.get(), nullptr, path, onCall, this), path);
   }
-  checkBus(sd_bus_request_name(bus, busName.c_str(), 0), "sd_bus_request_name");
+  checkBus(sd_bus_request_name(bus_.get(), busName.c_str(), 0), "sd_bus_request_name");
   thread_ = std::thread([this] { serve(); });
 }
 

@@ -12,7 +12,7 @@
 #include <utility>
 #include <vector>
 
-#include "players/mpris/bus/SdBus.h"
+#include "tests/support/PrivateBus.h"
 
 namespace Corvella {
 

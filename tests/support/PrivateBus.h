@@ -8,11 +8,23 @@
 #include <string>
 #include <vector>
 
+#include "players/mpris/bus/SdBus.h"
 #include "tests/support/Eventually.h"
 #include "tests/support/Process.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace Corvella {
+
+/// A connection of its own to the bus at `address`. Throws std::system_error.
+inline BusConnection connectToBus(const std::string& address) {
+  sd_bus* bus = nullptr;
+  checkBus(sd_bus_new(&bus), "sd_bus_new");
+  BusConnection connection(bus);
+  checkBus(sd_bus_set_address(bus, address.c_str()), "sd_bus_set_address");
+  checkBus(sd_bus_set_bus_client(bus, 1), "sd_bus_set_bus_client");
+  checkBus(sd_bus_start(bus), "sd_bus_start");
+  return connection;
+}
 
 /// A session bus of the test's own. It knows none of the machine's services: what is not running on
 /// it can be started by nobody, but for names that a test adds.

@@ -28,13 +28,15 @@ class RealMpv {
     if (!ready()) throw std::runtime_error("no mpv: " + process_.errors());
   }
 
+  /// Its name on a bus without another mpv.
+  static std::string busName() { return "org.mpris.MediaPlayer2.mpv"; }
+
   /// Whether another program sees that text, "double 0.5", in a property of the Player interface,
   /// in the words of dbus-send.
   bool tells(const std::string& property, const std::string& text) const {
-    Process look({"dbus-send", "--bus=" + address_, "--print-reply=literal",
-                  "--dest=org.mpris.MediaPlayer2.mpv", "/org/mpris/MediaPlayer2",
-                  "org.freedesktop.DBus.Properties.Get", "string:org.mpris.MediaPlayer2.Player",
-                  "string:" + property});
+    Process look({"dbus-send", "--bus=" + address_, "--print-reply=literal", "--dest=" + busName(),
+                  "/org/mpris/MediaPlayer2", "org.freedesktop.DBus.Properties.Get",
+                  "string:org.mpris.MediaPlayer2.Player", "string:" + property});
     look.wait();
     return look.output().find(text) != std::string::npos;
   }
