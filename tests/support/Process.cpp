@@ -16,24 +16,6 @@
 
 namespace Corvella {
 
-namespace {
-
-std::vector<char*> pointersTo(std::vector<std::string>& texts) {
-  std::vector<char*> pointers;
-  pointers.reserve(texts.size() + 1);
-  for (auto& text : texts) pointers.push_back(text.data());
-  pointers.push_back(nullptr);
-  return pointers;
-}
-
-/// Opened anew, the file is read from its start, wherever the program writes just now.
-std::string contentsOf(const FileDescriptor& file) {
-  std::ifstream stream("/proc/self/fd/" + std::to_string(file.number()));
-  return {std::istreambuf_iterator<char>(stream), {}};
-}
-
-}  // namespace
-
 Process::Process(const std::vector<std::string>& command,
                  const std::vector<std::string>& environment)
     : output_(::memfd_create("output", MFD_CLOEXEC), "output"),
@@ -41,7 +23,9 @@ Process::Process(const std::vector<std::string>& command,
   std::vector<std::string> texts{"env"};  // It becomes the command under the same process id.
   texts.insert(texts.end(), environment.begin(), environment.end());
   texts.insert(texts.end(), command.begin(), command.end());
-  const auto arguments = pointersTo(texts);
+  std::vector<char*> arguments;
+  for (auto& text : texts) arguments.push_back(text.data());
+  arguments.push_back(nullptr);
   const auto parent = ::getpid();
   id_ = ::fork();
   if (id_ < 0) throw std::system_error(errno, std::generic_category(), "fork");
@@ -78,12 +62,10 @@ std::optional<int> Process::wait() {
   return status_;
 }
 
-std::string Process::output() const {
-  return contentsOf(output_);
-}
-
-std::string Process::errors() const {
-  return contentsOf(errors_);
+std::string Process::contentsOf(const FileDescriptor& file) {
+  // Opened anew, the file is read from its start, wherever the program writes just now.
+  std::ifstream stream("/proc/self/fd/" + std::to_string(file.number()));
+  return {std::istreambuf_iterator<char>(stream), {}};
 }
 
 }  // namespace Corvella

@@ -32,11 +32,13 @@ class Process {
   std::optional<int> wait();
 
   /// All that it has written to its standard output so far.
-  std::string output() const;
+  std::string output() const { return contentsOf(output_); }
   /// All that it has written to its standard error so far.
-  std::string errors() const;
+  std::string errors() const { return contentsOf(errors_); }
 
  private:
+  static std::string contentsOf(const FileDescriptor& file);
+
   // Files in memory instead of pipes: a program that nobody reads from never blocks.
   FileDescriptor output_;
   FileDescriptor errors_;
