@@ -32,15 +32,12 @@ TEST(ACommandLine, TellsWhatToDoAndWithWhichPlayer) {
     EXPECT_EQ(parsed.action, row.action) << testing::PrintToString(row.arguments);
     EXPECT_EQ(parsed.player, row.player);
   }
-}
-
-TEST(ACommandLine, TellsHowToDrawASnapshot) {
-  const auto parsed = parseCommandLine({"--snapshot", "a.png", "--lyrics", "--scale=1.5"});
-  const auto& commandLine = std::get<CommandLine>(parsed);
-  EXPECT_EQ(commandLine.action, Action::Snapshot);
-  EXPECT_EQ(commandLine.file, "a.png");
-  EXPECT_TRUE(commandLine.lyrics);
-  EXPECT_EQ(commandLine.scale, 1.5);
+  const auto snapshot =
+      std::get<CommandLine>(parseCommandLine({"--snapshot", "a.png", "--lyrics", "--scale=1.5"}));
+  EXPECT_EQ(snapshot.action, Action::Snapshot);
+  EXPECT_EQ(snapshot.file, "a.png");
+  EXPECT_TRUE(snapshot.lyrics);
+  EXPECT_EQ(snapshot.scale, 1.5);
 }
 
 TEST(AWrongCommandLine, IsRefusedWithTheWordThatIsWrong) {

@@ -1,9 +1,13 @@
 #include <QApplication>
+#include <QClipboard>
+#include <QContextMenuEvent>
 #include <QImage>
-#include <QScreen>
+#include <QKeySequence>
+#include <QMenu>
 #include <QScrollBar>
 #include <QTest>
 #include <chrono>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -12,7 +16,6 @@
 #include "host/controls/LyricsView.h"
 #include "host/panel/TodayWindow.h"
 #include "host/services/QtTextMeasurer.h"
-#include "tests/support/RowName.h"
 #include "tests/support/TodayViewRig.h"
 
 namespace Corvella {
@@ -35,158 +38,154 @@ std::string filled(std::size_t bytes, const std::string& part) {
   return text;
 }
 
-/// A part of the view as it is drawn at a scale.
-QImage drawn(LyricsView& view, const QRect& part, double scale) {
-  QImage image((QSizeF(part.size()) * scale).toSize(), QImage::Format_ARGB32_Premultiplied);
-  image.setDevicePixelRatio(scale);
-  image.fill(Qt::transparent);
-  view.render(&image, {}, QRegion(part), {});
-  return image;
-}
-
-/// The smallest rectangle that holds all that is drawn, in pixels of the image.
-QRect inkOf(const QImage& image) {
-  QRect ink;
-  for (int i = 0; i < image.width() * image.height(); ++i) {
-    const QPoint pixel(i % image.width(), i / image.width());
-    if (qAlpha(image.pixel(pixel)) > 0) ink |= QRect(pixel, QSize(1, 1));
+/// A view of that size that shows a text whole.
+class WholeLyrics {
+ public:
+  WholeLyrics(int width, int height, const TextContent& content) {
+    view.resize(width, height);
+    view.display(content);
+    view.setSlice(kAllAtOnce);
   }
-  return ink;
-}
 
-struct LyricsRow {
-  const char* name;
-  std::string text;
-  bool endsInInk = true;
+  /// The smallest rectangle that holds all that is drawn of a part of the view, in pixels.
+  QRect ink(const QRect& part, double scale) {
+    QImage image((QSizeF(part.size()) * scale).toSize(), QImage::Format_ARGB32_Premultiplied);
+    image.setDevicePixelRatio(scale);
+    image.fill(Qt::transparent);
+    view.render(&image, {}, QRegion(part), {});
+    return TodayViewRig::brightPart(image, qAlpha, 0);
+  }
+
+  /// Lets a reader do something: press keys, "Shift+Left", choose an entry of the menu, "menu@1",
+  /// wait for some milliseconds, "wait@500", or use the mouse at the left edge of a letter,
+  /// "press@7".
+  void perform(const QString& step) {
+    const std::map<QString, QEvent::Type> mouse{{"press", QEvent::MouseButtonPress},
+                                                {"Shift+press", QEvent::MouseButtonPress},
+                                                {"release", QEvent::MouseButtonRelease},
+                                                {"double", QEvent::MouseButtonDblClick},
+                                                {"move", QEvent::MouseMove}};
+    const auto what = step.section('@', 0, 0);
+    const auto number = step.section('@', 1).toInt();
+    if (what == "wait") {
+      now_ += static_cast<quint64>(number);
+    } else if (what == "menu") {
+      QContextMenuEvent event(QContextMenuEvent::Mouse, {5, 5}, view.mapToGlobal(QPoint()));
+      QApplication::sendEvent(&view, &event);
+      view.findChild<QMenu*>()->actions().at(number)->trigger();
+    } else if (mouse.contains(what)) {
+      const auto caret = view.layout().caretAt(number);
+      const QPointF point(caret.x() + 1, caret.center().y());
+      QMouseEvent event(mouse.at(what), point, view.mapToGlobal(point),
+                        what == "move" ? Qt::NoButton : Qt::LeftButton, Qt::LeftButton,
+                        what.startsWith("Shift") ? Qt::ShiftModifier : Qt::NoModifier);
+      event.setTimestamp(now_);
+      QApplication::sendEvent(&view, &event);
+    } else {
+      const auto keys = QKeySequence(step)[0];
+      QTest::keyClick(&view, keys.key(), keys.keyboardModifiers());
+    }
+  }
+
+  LyricsView view{nullptr};
+
+ private:
+  quint64 now_ = 10'000;
 };
 
-class Lyrics : public testing::TestWithParam<LyricsRow> {};
+TEST(Lyrics, AreDrawnAsTallAsTheyWereMeasured) {
+  struct Row {
+    const char* name;
+    std::string text;
+    bool endsInInk = true;
+  };
+  const std::vector<Row> rows{
+      {"empty", "", false},
+      {"line feeds", "one\ntwo\n\ngypsy"},
+      {"ends in a break", "one\ntwo\n", false},
+      {"wrapped", filled(400, "the river says nothing and ")},
+      {"right to left", "קיץ\nأغنية طويلة جدا " + filled(200, "قمر على الشرفة ")},
+      {"emoji", filled(200, "👩‍👩‍👧‍👦🎉 ")},
+      {"stacked", "Z" + filled(60, "\u0301\u0335")},
+      {"one word", std::string(256 * 1024, 'x')},
+      {"breaks", std::string(kMebibyte, '\n')},
+      {"ordinary lines", filled(kMebibyte, "the river says nothing\n")}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.name);
+    const auto measured = QtTextMeasurer().measure(row.text, nullptr, kWidth);
+    const auto height = static_cast<int>(measured.height);
+    EXPECT_EQ(measured.height, height);
+    constexpr int kBelow = 20;
+    WholeLyrics lyrics(kWidth, height + kBelow, contentOf(row.text));
+    const auto& layout = lyrics.view.layout();
+    EXPECT_EQ(lyrics.view.layout().knownHeight(), height);
 
-TEST_P(Lyrics, AreDrawnAsTallAsTheyWereMeasured) {
-  const auto measured = QtTextMeasurer().measure(GetParam().text, nullptr, kWidth);
-  const auto height = static_cast<int>(measured.height);
-  EXPECT_EQ(measured.height, height);
-  constexpr int kBelow = 20;
-  LyricsView view(nullptr);
-  view.resize(kWidth, height + kBelow);
-  view.display(contentOf(GetParam().text));
-  view.setSlice(kAllAtOnce);
-  EXPECT_EQ(view.layout().knownHeight(), height);
-
-  const auto& layout = view.layout();
-  const auto lastTop = static_cast<int>(layout.top(layout.knownLines() - 1));
-  const QRect lastLine(0, lastTop, kWidth, height - lastTop);
-  const QRect below(0, height, kWidth, kBelow);
-  for (const double scale : {1.0, 1.25, 1.5}) {
-    EXPECT_EQ(!inkOf(drawn(view, lastLine, scale)).isEmpty(), GetParam().endsInInk) << scale;
-    EXPECT_TRUE(inkOf(drawn(view, below, scale)).isEmpty()) << scale;
+    const auto lastTop = static_cast<int>(layout.top(layout.knownLines() - 1));
+    for (const double scale : {1.0, 1.25, 1.5}) {
+      const auto lastLine = lyrics.ink({0, lastTop, kWidth, height - lastTop}, scale);
+      EXPECT_EQ(!lastLine.isEmpty(), row.endsInInk) << scale;
+      EXPECT_TRUE(lyrics.ink({0, height, kWidth, kBelow}, scale).isEmpty()) << scale;
+    }
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Host, Lyrics,
-    testing::Values(LyricsRow{"Empty", "", false}, LyricsRow{"LineFeeds", "one\ntwo\n\ngypsy"},
-                    LyricsRow{"EndsInABreak", "one\ntwo\n", false},
-                    LyricsRow{"Wrapped", filled(400, "the river says nothing and ")},
-                    LyricsRow{"RightToLeft",
-                              "קיץ\nأغنية طويلة جدا " + filled(200, "قمر على الشرفة ")},
-                    LyricsRow{"Emoji", filled(200, "👩‍👩‍👧‍👦🎉 ")},
-                    LyricsRow{"Stacked", "Z" + filled(60, "\u0301\u0335")},
-                    LyricsRow{"OneWord", std::string(256 * 1024, 'x')},
-                    LyricsRow{"Breaks", std::string(kMebibyte, '\n')},
-                    LyricsRow{"OrdinaryLines", filled(kMebibyte, "the river says nothing\n")}),
-    rowName);
-
-struct SideRow {
-  const char* name;
-  std::string text;
-  NSTextAlignment alignment;
-  double middle;  // Of what is drawn, as a part of the width.
-};
-
-class ALineOfLyrics : public testing::TestWithParam<SideRow> {};
-
-TEST_P(ALineOfLyrics, StandsOnItsSide) {
-  LyricsView view(nullptr);
-  view.resize(kWidth, 40);
-  view.display(contentOf(GetParam().text, GetParam().alignment));
-  view.setSlice(kAllAtOnce);
-  const auto ink = inkOf(drawn(view, view.rect(), 1));
-  constexpr double kShare = 0.1;
-  EXPECT_NEAR(QRectF(ink).center().x() / kWidth, GetParam().middle, kShare);
+TEST(ALineOfLyrics, StandsOnItsSide) {
+  struct Row {
+    const char* text;
+    NSTextAlignment alignment;
+    double middle;  // Of what is drawn, as a part of the width.
+  };
+  const std::vector<Row> rows{{"song", NSTextAlignmentLeft, 0.05},
+                              {"song", NSTextAlignmentCenter, 0.5},
+                              {"song", NSTextAlignmentRight, 0.95},
+                              {"שיר", NSTextAlignmentLeft, 0.95},
+                              {"שיר", NSTextAlignmentCenter, 0.5}};
+  for (const auto& row : rows) {
+    WholeLyrics lyrics(kWidth, 40, contentOf(row.text, row.alignment));
+    const QRectF ink(lyrics.ink(lyrics.view.rect(), 1));
+    EXPECT_NEAR(ink.center().x() / kWidth, row.middle, 0.1) << row.text << row.alignment;
+  }
 }
-
-INSTANTIATE_TEST_SUITE_P(Host, ALineOfLyrics,
-                         testing::Values(SideRow{"Left", "song", NSTextAlignmentLeft, 0.05},
-                                         SideRow{"Center", "song", NSTextAlignmentCenter, 0.5},
-                                         SideRow{"Right", "song", NSTextAlignmentRight, 0.95},
-                                         SideRow{"Hebrew", "שיר", NSTextAlignmentLeft, 0.95},
-                                         SideRow{"HebrewCentered", "שיר", NSTextAlignmentCenter,
-                                                 0.5}),
-                         rowName);
 
 TEST(ALongText, IsMeasuredLineByLineAndLaidOutWhereItIsSeen) {
-  LyricsLayout layout(LyricsLines(filled(kMebibyte, "the river\n")), QFont());
+  const auto text = filled(kMebibyte, "the river\n");
+  LyricsLayout layout{LyricsLines(text), QFont()};
   layout.setWidth(kWidth);
   layout.advance(QDeadlineTimer(0));
   EXPECT_EQ(layout.knownLines(), 1);
   EXPECT_EQ(layout.laidOutLines(), 0U);
 
-  LyricsView view(nullptr);
-  view.resize(kWidth, 100'000);
-  view.display(contentOf(filled(kMebibyte, "the river\n")));
-  view.setSlice(kAllAtOnce);
+  WholeLyrics lyrics(kWidth, 100'000, contentOf(text));
   for (const int place : {0, 20'000}) {
-    const auto row = view.layout().top(1);
-    drawn(view, {0, place, kWidth, static_cast<int>(10 * row)}, 1);
-    EXPECT_LE(view.layout().laidOutLines(), 12U);
-    EXPECT_GE(view.layout().laidOutLines(), 10U);
+    const auto row = lyrics.view.layout().top(1);
+    lyrics.ink({0, place, kWidth, static_cast<int>(10 * row)}, 1);
+    EXPECT_LE(lyrics.view.layout().laidOutLines(), 12U);
+    EXPECT_GE(lyrics.view.layout().laidOutLines(), 10U);
   }
 }
 
-/// Lyrics in a window, which have no time at all for more than one line at once.
-class SlowLyrics : public testing::Test {
- protected:
-  SlowLyrics() {
-    LyricsView whole(nullptr);
-    whole.setSlice(kAllAtOnce);
-    whole.display(content_);
-    show(whole);
-    expected_ = onScreen(whole);
-    slow_.setSlice(std::chrono::milliseconds(0));
-  }
-
-  static void show(LyricsView& view) {
+TEST(SlowLyrics, AreCompleteInTheEnd) {
+  const auto content = contentOf(filled(600, "the river says nothing\n"));
+  const auto show = [](LyricsView& view) {
     view.setFixedSize(kWidth, 600);
     view.show();
     EXPECT_TRUE(QTest::qWaitForWindowExposed(&view));
     view.clearFocus();  // With the focus comes the cursor.
     view.repaint();
+  };
+  WholeLyrics whole(kWidth, 600, content);
+  show(whole.view);
+  const auto expected = TodayViewRig::onScreen(whole.view);
+  for (const bool comeIntoAWindow : {true, false}) {
+    SCOPED_TRACE(comeIntoAWindow);
+    LyricsView slow(nullptr);
+    if (!comeIntoAWindow) slow.display(content);
+    if (!comeIntoAWindow) slow.setSlice(kAllAtOnce);
+    slow.setSlice(std::chrono::milliseconds(0));  // No more than one line at once.
+    show(slow);
+    if (comeIntoAWindow) slow.display(content);
+    EXPECT_TRUE(TodayViewRig::waitFor([&] { return TodayViewRig::onScreen(slow) == expected; }));
   }
-  static QImage onScreen(const LyricsView& view) {
-    return view.screen()->grabWindow(view.winId()).toImage();
-  }
-  void expectCompleteInTheEnd() {
-    EXPECT_TRUE(TodayViewRig::waitFor([this] { return onScreen(slow_) == expected_; }));
-  }
-
-  const TextContent content_ = contentOf(filled(600, "the river says nothing\n"));
-  LyricsView slow_{nullptr};
-  QImage expected_;
-};
-
-TEST_F(SlowLyrics, AreCompleteInTheEndWhenTheyComeIntoAWindow) {
-  show(slow_);
-  slow_.display(content_);
-  expectCompleteInTheEnd();
-}
-
-TEST_F(SlowLyrics, AreCompleteInTheEndWhenTheWindowShowsThemAllAtOnce) {
-  slow_.display(content_);
-  slow_.setSlice(kAllAtOnce);
-  slow_.setSlice(std::chrono::milliseconds(0));
-  show(slow_);
-  expectCompleteInTheEnd();
 }
 
 TEST(TheLyricsFocus, IsThereForATextInSight) {
@@ -202,14 +201,12 @@ TEST(TheLyricsFocus, IsThereForATextInSight) {
 }
 
 WidgetSnapshot snapshotOf(const std::string& title, const std::string& lyrics) {
-  const NSRect line{.origin = {.x = 16, .y = 1900}, .size = {.width = kWidth, .height = 20}};
-  const NSRect below{.origin = {.x = 16, .y = 13}, .size = {.width = kWidth, .height = 1700}};
-  WidgetSnapshot snapshot;
-  snapshot.size = {.width = 320, .height = 2000};
-  snapshot.views = {
-      {"songTitle", line, "", TextFieldContent{.text = title, .color = {}, .font = nullptr}},
-      {"lyricsView", below, "Lyrics", contentOf(lyrics)}};
-  return snapshot;
+  const NSRect line{{16, 1900}, {kWidth, 20}};
+  const NSRect below{{16, 13}, {kWidth, 1700}};
+  return {{{"songTitle", line, "", TextFieldContent{title, {}, nullptr}},
+           {"lyricsView", below, "Lyrics", contentOf(lyrics)}},
+          {320, 2000},
+          {}};
 }
 
 TEST(AScrolledWindow, ShowsOtherLyricsOrAnotherSongFromTheStart) {
@@ -235,6 +232,76 @@ TEST(AScrolledWindow, ShowsOtherLyricsOrAnotherSongFromTheStart) {
     EXPECT_EQ(bar.value(), row.startsAnew ? 0 : 500) << row.titles[0] << row.lyrics;
     EXPECT_EQ(lyrics.selection().isEmpty(), row.startsAnew) << row.titles[0] << row.lyrics;
   }
+}
+
+TEST(ReadersInput, SelectsWhatIsCopied) {
+  /// Two lines, of which the first wraps between "two" and "three", and one from right to left.
+  constexpr auto kText = "one two three\nfour\nאחת שתיים";
+  struct Row {
+    QString input;
+    std::string selected;
+    std::string text = kText;
+    int width = 60;
+  };
+  const std::vector<Row> rows{
+      {"press@2 release@2", "before"},
+      {"press@4 move@16", "two three\nfo"},
+      {"press@16 move@4", "two three\nfo"},
+      {"double@5", "two"},
+      {"double@5 move@9", "two three"},
+      {"double@5 move@1", "one two"},
+      {"double@9 move@8", "three"},
+      {"double@9 press@9", "one two three"},
+      {"double@9 wait@10000 press@9", "before"},
+      {"double@9 press@16", "before"},
+      {"press@4 Shift+press@7", "two"},
+      {"Ctrl+A", kText},
+      {"Shift+Right Shift+Right", "on"},
+      {"press@12 Shift+Right Shift+Right Shift+Right", "e\nf"},
+      {"press@15 Shift+Left Shift+Left Shift+Left", "e\nf"},
+      {"press@1 Shift+Left Shift+Left", "חת", "אחת שתיים", 200},
+      {"Ctrl+Shift+Right Ctrl+Shift+Right", "one two "},
+      {"press@8 Ctrl+Shift+Left", "two "},
+      {"Shift+End Shift+End", "one two"},
+      {"press@10 Shift+Home", "th"},
+      {"press@8 Shift+End", "three"},
+      {"Shift+Down Shift+Down", "one two three\n"},
+      {"press@14 Shift+Down Shift+Up Shift+Up", "three\n"},
+      {"press@5 Shift+Down Shift+Down", "line\nx\nlong ", "long line\nx\nlong line", 80},
+      {"press@12 Shift+Up", " bbbbbbbbb", "aa bbbbbbbbb", 80},
+      {"press@14 Ctrl+Shift+End", "four\nאחת שתיים"},
+      {"press@3 Ctrl+Shift+Home", "one"},
+      {"press@0 move@3 menu@0 press@0", "one"},
+      {"menu@1", kText}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.input.toStdString());
+    WholeLyrics lyrics(row.width, 300, {row.text, {}, NSFont::systemFontOfSize(13)});
+    QApplication::clipboard()->setText("before");
+    for (const auto& step : row.input.split(' ')) lyrics.perform(step);
+    lyrics.perform("Ctrl+C");
+    EXPECT_EQ(QApplication::clipboard()->text().toStdString(), row.selected);
+  }
+}
+
+TEST(TheLyrics, AreLaidOutAnewInAnotherFont) {
+  WholeLyrics lyrics(300, 300, {});
+  const auto heightAt = [&](double size) {
+    lyrics.view.display({"one\ntwo", {}, NSFont::systemFontOfSize(size)});
+    return lyrics.view.layout().knownHeight();
+  };
+  const auto small = heightAt(12);
+  EXPECT_GT(heightAt(24), small);
+  EXPECT_EQ(heightAt(12), small);
+}
+
+TEST(TheLyrics, KeepTheirSelectionWhenTheyAreShownAgain) {
+  const auto content = contentOf("one\u00a0two\r\nthree\u2028four");
+  WholeLyrics lyrics(300, 300, content);
+  lyrics.view.select(0, 3);
+  lyrics.view.display(content);
+  EXPECT_EQ(lyrics.view.selection().text(), "one");
+  lyrics.view.display(contentOf("other"));
+  EXPECT_TRUE(lyrics.view.selection().isEmpty());
 }
 
 }  // namespace

@@ -1,11 +1,20 @@
+#include <QDBusConnection>
+#include <QImage>
+#include <QSize>
+#include <QString>
+#include <QTest>
+#include <chrono>
 #include <csignal>
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gmock/gmock.h>
 
+#include "host/controls/Theme.h"
+#include "host/program/SingleInstance.h"
 #include "tests/support/Eventually.h"
 #include "tests/support/FakeMprisPlayer.h"
 #include "tests/support/PrivateBus.h"
@@ -13,13 +22,19 @@
 #include "tests/support/RealMpv.h"
 #include "tests/support/TaggedTrack.h"
 #include "tests/support/TemporaryFolder.h"
+#include "tests/support/XServer.h"
 
 namespace Corvella {
 namespace {
 
+using namespace std::chrono_literals;
 using testing::AllOf;
+using testing::ContainsRegex;
 using testing::HasSubstr;
-using testing::StartsWith;
+using Texts = std::vector<std::string>;
+
+const Texts kOffscreen{"QT_QPA_PLATFORM=offscreen"};
+const Texts kNoBus{"DBUS_SESSION_BUS_ADDRESS=unix:path=/nowhere"};
 
 struct Outcome {
   std::optional<int> status;
@@ -27,44 +42,64 @@ struct Outcome {
   std::string errors;
 };
 
-/// Runs the program to its end, on the bus at `address`.
-Outcome run(std::vector<std::string> arguments, const std::string& address = "unix:path=/nowhere") {
-  arguments.insert(arguments.begin(), CORVELLA_PROGRAM);
-  Process program(arguments, {"DBUS_SESSION_BUS_ADDRESS=" + address});
-  const auto status = program.wait();
-  return {status, program.output(), program.errors()};
-}
+/// A user with a runtime folder and a session bus of their own, and without a display.
+class AUser : public testing::Test {
+ protected:
+  /// Starts the program in surroundings that differ from that by some variables.
+  Process start(Texts command, const Texts& different = {}) const {
+    Texts surroundings{"--unset=QT_QPA_PLATFORM",
+                       "DISPLAY=", "WAYLAND_DISPLAY=", "XDG_RUNTIME_DIR=" + folder_.path().string(),
+                       "DBUS_SESSION_BUS_ADDRESS=" + bus_.address()};
+    surroundings.insert(surroundings.end(), different.begin(), different.end());
+    command.insert(command.begin(), CORVELLA_PROGRAM);
+    return Process(command, surroundings);
+  }
+  /// Opens the window of the embedded player where nobody sees it.
+  Process open() const { return start({"--player", "embedded"}, kOffscreen); }
+  /// Runs the program to its end.
+  Outcome run(const Texts& options, const Texts& different = {}) const {
+    auto program = start(options, different);
+    const auto status = program.wait();
+    return {status, program.output(), program.errors()};
+  }
+  /// Waits until the first instance obeys.
+  bool isListening() const {
+    return eventually([&] { return SingleInstance(connection_).tellFirst("Open"); });
+  }
 
-TEST(TheProgram, PrintsATrackOfARealPlayer) {
-  const TemporaryFolder folder;
-  const std::filesystem::path cover = CORVELLA_RESOURCES "/covers/harbour.png";
-  const auto track = folder.path() / "track.flac";
+  const TemporaryFolder folder_;
+  PrivateBus bus_;
+  // Qt keeps connections by their names, and the test before had another bus.
+  const QString address_ = QString::fromStdString(bus_.address());
+  const QDBusConnection connection_ = QDBusConnection::connectToBus(address_, address_);
+};
+
+TEST_F(AUser, SeesATrackOfARealPlayerPrinted) {
+  const auto track = folder_.path() / "track.flac";
   makeTrack(track, {.title = "Dawn",
                     .artist = "The Larks",
                     .album = "Morning",
                     .lyrics = "one\ntwo\nthree",
-                    .cover = cover,
+                    .cover = CORVELLA_RESOURCES "/covers/harbour.png",
                     .seconds = 60});
-  PrivateBus bus;
-  const RealMpv mpv(bus.address(), {.files = {track}, .paused = true});
+  const RealMpv mpv(bus_.address(), {.files = {track}, .paused = true});
 
-  const auto printed = run({"--print"}, bus.address());
+  const auto printed = run({"--print"});
   EXPECT_EQ(printed.status, 0);
   EXPECT_EQ(printed.output,
             "songTitle: Dawn\nsongArtistAndAlbum: The Larks - Morning\nalbumArtView: 288 x 288\n"
             "songRatingIndicator: 0 of 5\nplayButton: \u25b6\nsoundVolume: 100\n"
             "progressBar: 0 of 60\ntoggleLyricsButton: Show Lyrics\nlyricsView:  (0 lines)\n"
             "preferredContentSize: 320 x 285\n");
-  const auto unfolded = run({"--print", "--lyrics"}, bus.address());
-  EXPECT_THAT(unfolded.output, AllOf(HasSubstr("toggleLyricsButton: Hide Lyrics\n"),
-                                     HasSubstr("lyricsView: one (3 lines)\n"),
-                                     testing::EndsWith("\none\ntwo\nthree\n")));
-  EXPECT_THAT(run({"--list-players"}, bus.address()).output, HasSubstr("mpv (paused)\n"));
-  EXPECT_THAT(run({"--print", "--player", "mpv"}, bus.address()).output,
-              HasSubstr("songTitle: Dawn\n"));
-  const auto picture = folder.path() / "view.png";
-  const auto missing = run({"--print", "--player", "other"}, bus.address());
-  const auto drawn = run({"--snapshot", picture, "--player", "other"}, bus.address());
+  EXPECT_THAT(
+      run({"--print", "--lyrics"}).output,
+      AllOf(HasSubstr("toggleLyricsButton: Hide Lyrics\n"),
+            HasSubstr("lyricsView: one (3 lines)\n"), testing::EndsWith("\none\ntwo\nthree\n")));
+  EXPECT_THAT(run({"--list-players"}).output, HasSubstr("mpv (paused)\n"));
+  EXPECT_EQ(run({"--print", "--player", "mpv"}).output, printed.output);
+  const auto picture = folder_.path() / "view.png";
+  const auto missing = run({"--print", "--player", "other"});
+  const auto drawn = run({"--snapshot", picture, "--player", "other"});
   EXPECT_THAT(missing.output,
               HasSubstr("songTitle: No Song Playing\nsongArtistAndAlbum: N/A - N/A\n"));
   EXPECT_TRUE(std::filesystem::exists(picture));
@@ -75,13 +110,11 @@ TEST(TheProgram, PrintsATrackOfARealPlayer) {
   }
 }
 
-TEST(TheProgram, PrintsJsonAgainAtEachChange) {
-  PrivateBus bus;
-  FakeMprisPlayer player(bus.address(), "fake");
+TEST_F(AUser, SeesJsonPrintedAgainAtEachChange) {
+  FakeMprisPlayer player(bus_.address(), "fake");
   player.set("Identity", "A \"Fake\"");
   player.show("One", "Paused");
-  Process program({CORVELLA_PROGRAM, "--print", "--json", "--follow", "--lyrics"},
-                  {"DBUS_SESSION_BUS_ADDRESS=" + bus.address()});
+  auto program = start({"--print", "--json", "--follow", "--lyrics"});
   ASSERT_TRUE(eventually([&] { return player.received("Get Position") > 0; }));
   const auto looks = player.received("Get Position");
   player.show("Two", "Playing");
@@ -90,32 +123,55 @@ TEST(TheProgram, PrintsJsonAgainAtEachChange) {
   ASSERT_TRUE(eventually([&] { return player.received("Get Position") > looks; }));
   program.kill(SIGTERM);
   EXPECT_EQ(program.wait(), 0);
-  const std::string song =
-      R"({"album":"Somewhere","artist":"Someone, Else","length":215.5,"lyrics":"",)"
-      R"("player":"A \"Fake\"","position":0,"rating":0,"state":"%","title":"#","volume":100})";
-  const auto line = [&](const std::string& state, const std::string& title) {
-    auto text = song;
-    text.replace(text.find('%'), 1, state);
-    return text.replace(text.find('#'), 1, title) + "\n";
+  const auto line = [](const std::string& state, const std::string& title) {
+    return R"({"album":"Somewhere","artist":"Someone, Else","length":215.5,"lyrics":"",)"
+           R"("player":"A \"Fake\"","position":0,"rating":0,"state":")" +
+           state + R"(","title":")" + title + "\",\"volume\":100}\n";
   };
   EXPECT_EQ(program.output(), line("paused", "One") + line("playing", "Two"));
 }
 
-TEST(TheProgram, PrintsNothingButTheDisplayWhileThePlayerFails) {
-  PrivateBus bus;
-  FakeMprisPlayer player(bus.address(), "fake");
+TEST_F(AUser, SeesNothingButTheDisplayPrintedWhileThePlayerFails) {
+  FakeMprisPlayer player(bus_.address(), "fake");
   player.behave({.hangs = true});
-  const auto printed = run({"--print", "--player", "fake"}, bus.address());
+  const auto printed = run({"--print", "--player", "fake"});
   EXPECT_EQ(printed.status, 1);
-  EXPECT_THAT(printed.output, AllOf(StartsWith("songTitle: No Song Playing\n"),
+  EXPECT_THAT(printed.output, AllOf(testing::StartsWith("songTitle: No Song Playing\n"),
                                     testing::Not(HasSubstr("NSAppleScript"))));
   EXPECT_THAT(printed.errors, AllOf(HasSubstr("NSAppleScriptErrorNumber = -1712"),
                                     HasSubstr("'fake' does not answer; there are: fake")));
 }
 
-TEST(TheProgram, SaysThatItsOutputIsClosedInsteadOfBeingEnded) {
-  const TemporaryFolder folder;
-  const auto fifo = (folder.path() / "fifo").string();
+TEST_F(AUser, IsToldByTheStatusAndInWordsWhatHappened) {
+  struct Row {
+    Texts options;
+    int status;
+    std::string output;
+    std::string errors;
+  };
+  const auto file = (folder_.path() / "missing" / "view.png").string();
+  const std::string nothing = "^$";
+  const std::string embedded = "albumArtView: 288 x 288\n.*Size: 320 x 285\n";
+  const std::vector<Row> rows{
+      {{"--version"}, 0, "^corvella [0-9.]+\n$", nothing},
+      {{"--help"}, 0, "--player", nothing},
+      {{"--print"}, 0, embedded, "embedded"},
+      {{"--print", "--player", "AUTO"}, 0, embedded, "embedded"},
+      {{"--print", "--player", "Embedded"}, 0, embedded, nothing},
+      {{"--print", "--player", "mpv"}, 1, "", "session bus"},
+      {{"--shiny"}, 2, nothing, "shiny.*Usage:"},
+      {{"--snapshot", file, "--player", "embedded"}, 1, nothing, file + ".*No such file"}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(testing::PrintToString(row.options));
+    const auto outcome = run(row.options, kNoBus);
+    EXPECT_EQ(outcome.status, row.status);
+    EXPECT_THAT(outcome.output, ContainsRegex(row.output));
+    EXPECT_THAT(outcome.errors, ContainsRegex(row.errors));
+  }
+}
+
+TEST_F(AUser, IsToldThatTheOutputIsClosed) {
+  const auto fifo = (folder_.path() / "fifo").string();
   // The last reader of the pipe goes before the program comes.
   Process program({"sh", "-c", "mkfifo $0 && exec 3<>$0 4>$0 3<&- && exec $1 --version >&4", fifo,
                    CORVELLA_PROGRAM});
@@ -123,26 +179,129 @@ TEST(TheProgram, SaysThatItsOutputIsClosedInsteadOfBeingEnded) {
   EXPECT_THAT(program.errors(), HasSubstr("cannot write to standard output"));
 }
 
-TEST(TheProgram, SaysSoWhenItShowsTheEmbeddedPlayerForWantOfABus) {
-  const auto printed = run({"--print"});
-  EXPECT_EQ(printed.status, 0);
-  EXPECT_THAT(printed.output, AllOf(HasSubstr("albumArtView: 288 x 288\n"),
-                                    HasSubstr("preferredContentSize: 320 x 285\n")));
-  EXPECT_THAT(printed.errors, HasSubstr("embedded"));
-  EXPECT_EQ(run({"--print", "--player", "Embedded"}).errors, "");
-  EXPECT_EQ(run({"--print", "--player", "AUTO"}).errors, printed.errors);
+TEST_F(AUser, HasOneInstanceThatLaterOnesTellWhatTheyAreStartedFor) {
+  SingleInstance first(connection_);
+  ASSERT_EQ(first.claimName(), SingleInstance::Role::First);
+  Texts messages;
+  QObject::connect(&first, &SingleInstance::openAsked, [&] { messages.emplace_back("open"); });
+  QObject::connect(&first, &SingleInstance::toggleAsked, [&] { messages.emplace_back("toggle"); });
+  QObject::connect(&first, &SingleInstance::playerAsked,
+                   [&](const QString& player) { messages.push_back(player.toStdString()); });
+  for (const auto& options : std::vector<Texts>{{}, {"--toggle"}, {"--player", "vlc"}}) {
+    auto later = start(options, kOffscreen);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !later.running(); }, longestWait / 1ms));
+    EXPECT_EQ(later.wait(), 0) << later.errors();
+  }
+  EXPECT_THAT(messages, testing::ElementsAre("open", "toggle", "vlc", "open"));
 }
 
-TEST(TheProgram, EndsWithAStatusThatTellsWhatHappened) {
-  EXPECT_THAT(run({"--version"}).output, testing::MatchesRegex("corvella [0-9.]+\n"));
-  EXPECT_THAT(run({"--help"}).output, HasSubstr("--player"));
-  const auto named = run({"--print", "--player", "mpv"});
-  EXPECT_EQ(named.status, 1);
-  EXPECT_THAT(named.errors, HasSubstr("session bus"));
-  const auto wrong = run({"--shiny"});
-  EXPECT_EQ(wrong.status, 2);
-  EXPECT_EQ(wrong.output, "");
-  EXPECT_THAT(wrong.errors, AllOf(HasSubstr("shiny"), HasSubstr("Usage:")));
+TEST_F(AUser, IsToldWhenTheFirstInstanceDoesNotAnswer) {
+  ASSERT_TRUE(QDBusConnection(connection_).registerService("org.corvella.Corvella"));
+  const auto later = run({"--player", "embedded"}, kOffscreen);
+  EXPECT_EQ(later.status, 1);
+  EXPECT_THAT(later.errors, HasSubstr("does not answer"));
+}
+
+TEST_F(AUser, WithoutASessionBusIsToldThatInstancesDoNotKnowOfEachOther) {
+  auto program = start({"--player", "embedded"}, {kOffscreen[0], kNoBus[0]});
+  EXPECT_TRUE(eventually([&] { return program.errors().ends_with('\n'); }));
+  EXPECT_THAT(program.errors(), HasSubstr("no session bus"));
+  program.kill(SIGTERM);
+  EXPECT_EQ(program.wait(), 0);
+}
+
+TEST_F(AUser, StartsAnewAfterAnInstanceThatASignalEnded) {
+  for (const auto& [signal, status] :
+       {std::pair(SIGKILL, 128 + SIGKILL), {SIGTERM, 0}, {SIGINT, 0}}) {
+    auto instance = open();
+    ASSERT_TRUE(isListening());
+    instance.kill(signal);
+    EXPECT_EQ(instance.wait(), status);
+    EXPECT_EQ(instance.errors(), "");
+  }
+}
+
+TEST_F(AUser, MaySwitchTheRunningInstanceToAnotherPlayer) {
+  FakeMprisPlayer player(bus_.address(), "other");
+  player.show("A Title", "Playing");
+  const auto first = open();
+  ASSERT_TRUE(isListening());
+  EXPECT_EQ(player.received("Get Metadata"), 0);
+  const auto later = run({"--player", "other"}, kOffscreen);
+  EXPECT_EQ(later.status, 0) << later.errors;
+  EXPECT_TRUE(eventually([&] { return player.received("Get Metadata") > 0; }));
+}
+
+TEST_F(AUser, MayStartAnInstanceWithoutStandardStreams) {
+  const Process program({"sh", "-c", "exec $0 --player embedded <&- >&- 2>&-", CORVELLA_PROGRAM},
+                        {kOffscreen[0], "DBUS_SESSION_BUS_ADDRESS=" + bus_.address()});
+  ASSERT_TRUE(isListening());
+  for (const auto* stream : {"0", "1", "2"}) {
+    const auto place = "/proc/" + std::to_string(program.id()) + "/fd/" + stream;
+    EXPECT_EQ(std::filesystem::read_symlink(place), "/dev/null");
+  }
+}
+
+TEST_F(AUser, GetsASnapshotWithoutADisplay) {
+  const auto file = (folder_.path() / "view.png").string();
+  const std::vector<std::pair<Texts, QSize>> rows{{{}, {344, 341}},
+                                                  {{"--scale", "0.5"}, {172, 170}},
+                                                  {{"--scale", "2"}, {688, 682}},
+                                                  {{"--lyrics"}, {344, 500}}};
+  for (auto [options, size] : rows) {
+    SCOPED_TRACE(testing::PrintToString(options));
+    options.insert(options.end(), {"--player", "embedded", "--snapshot", file});
+    const auto outcome = run(options);
+    EXPECT_EQ(outcome.status, 0) << outcome.errors;
+    const QImage image(QString::fromStdString(file));
+    EXPECT_EQ(image.width(), size.width());
+    EXPECT_GE(image.height(), size.height());
+    // The last thing drawn is the panel below the card.
+    const auto scale = image.width() / 344.0;
+    const auto above = [&](int pixels) { return image.height() - qRound(pixels * scale); };
+    EXPECT_EQ(image.pixelColor(image.width() / 2, above(6)), theme::panel());
+    EXPECT_EQ(image.pixelColor(image.width() / 2, above(20)), theme::card());
+    if (scale < 1) continue;  // Made smaller, the rounded corner of the card is blurred.
+    EXPECT_EQ(image.pixelColor(qRound(13 * scale), qRound(45 * scale)), theme::panel());
+  }
+}
+
+TEST_F(AUser, WhoOpensTheWindowWithoutADisplayGetsASnapshotAndItsText) {
+  for (const auto& display : {Texts{}, Texts{"QT_QPA_PLATFORM=xcb", "DISPLAY=:7654"}}) {
+    const auto outcome = run({"--player", "embedded"}, display);
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_THAT(outcome.output, HasSubstr("preferredContentSize: 320 x 285\n"));
+    const auto& notice = outcome.errors;
+    const auto start = notice.find("drew ") + std::string("drew ").size();
+    const auto file = notice.substr(start, notice.find(" instead") - start);
+    EXPECT_FALSE(QImage(QString::fromStdString(file)).isNull()) << notice;
+  }
+}
+
+TEST_F(AUser, SeesAWindowAtTheTopRightOfAnXScreen) {
+  const XServer server;
+  // The libraries of X11 copy parts of texts that do not end in a zero, which the address
+  // sanitizer's strictest check refuses, and D-Bus's keeps memory to its end. They are built
+  // without the thread sanitizer, which sees races in them. Our own code is watched offscreen.
+  const auto optionsOf = [](const char* sanitizer) {
+    return std::string(sanitizer) + "=" + qgetenv(sanitizer).toStdString();
+  };
+  const Texts screen{"QT_QPA_PLATFORM=xcb", "DISPLAY=" + server.display(),
+                     optionsOf("ASAN_OPTIONS") + ":strict_string_checks=0:detect_leaks=0",
+                     optionsOf("TSAN_OPTIONS") + ":report_bugs=0"};
+  /// What the server tells of the window; empty while none can be seen.
+  const auto window = [&] {
+    Process look({"xwininfo", "-display", server.display(), "-name", "Corvella"});
+    const bool isSeen = look.wait() == 0 && look.output().find("IsViewable") != std::string::npos;
+    return isSeen ? look.output() : std::string();
+  };
+  auto program = start({"--player", "embedded"}, screen);
+  ASSERT_TRUE(eventually([&] { return !window().empty(); })) << program.errors();
+  EXPECT_THAT(window(), HasSubstr("Corners:  +928+8  -8+8"));
+  EXPECT_EQ(run({"--toggle"}, screen).status, 0);
+  EXPECT_TRUE(eventually([&] { return window().empty(); }));
+  program.kill(SIGTERM);
+  EXPECT_EQ(program.wait(), 0) << program.errors();
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 #include <QAction>
 #include <QApplication>
+#include <QImage>
+#include <QPainter>
 #include <QSignalSpy>
 #include <QSlider>
 #include <QTest>
@@ -10,7 +12,6 @@
 
 #include <gmock/gmock.h>
 
-#include "host/controls/StarRating.h"
 #include "host/controls/Theme.h"
 #include "host/panel/PanelPlace.h"
 #include "host/panel/PlayerButton.h"
@@ -22,92 +23,72 @@ namespace {
 
 using namespace std::chrono_literals;
 
-class AnOpenTodayView : public testing::Test {
+class AnOpenTodayView : public testing::Test, public TodayViewRig {
  protected:
-  AnOpenTodayView() { rig_.open(); }
-
-  TodayViewRig rig_;
+  AnOpenTodayView() { open(); }
 };
 
-TEST_F(AnOpenTodayView, FollowsTheTrack) {
-  const auto next = embeddedTracks()[1].track;
-  const auto before = rig_.window.grab().toImage();
-  rig_.press(Qt::Key_N);
-  ASSERT_TRUE(TodayViewRig::waitFor([&] { return rig_.text("songTitle") == next.name; }));
-  EXPECT_EQ(rig_.find<StarRating>("songRatingIndicator")->stars(), next.rating / 20);
-  EXPECT_NE(rig_.window.grab().toImage(), before);
-}
-
 TEST_F(AnOpenTodayView, GrowsByTheWholeLyricsAndShrinksBack) {
-  rig_.window.setTallest(QWIDGETSIZE_MAX);
-  const auto folded = rig_.window.height();
+  window.setTallest(QWIDGETSIZE_MAX);
+  const auto folded = window.height();
   // Held up where it starts, so that its middle can be seen.
-  auto* const easing = rig_.window.findChild<QVariantAnimation*>({}, Qt::FindDirectChildrenOnly);
+  auto* const easing = window.findChild<QVariantAnimation*>({}, Qt::FindDirectChildrenOnly);
   QObject::connect(
       easing, &QAbstractAnimation::stateChanged, easing, [&] { easing->pause(); },
       Qt::SingleShotConnection);
-  auto* lyrics = rig_.unfold();
+  auto* lyrics = unfold();
   ASSERT_NE(lyrics, nullptr);
   EXPECT_EQ(lyrics->layout().lines().text().toStdString(), embeddedTracks()[0].track.lyrics);
-  ASSERT_TRUE(TodayViewRig::waitFor([&] { return easing->state() == QAbstractAnimation::Paused; }));
+  ASSERT_TRUE(waitFor([&] { return easing->state() == QAbstractAnimation::Paused; }));
   easing->setCurrentTime(easing->duration() / 2);
-  EXPECT_GT(rig_.window.height(), folded);
-  EXPECT_LT(rig_.window.height(), folded + lyrics->height());
+  EXPECT_GT(window.height(), folded);
+  EXPECT_LT(window.height(), folded + lyrics->height());
   easing->resume();
-  EXPECT_TRUE(
-      TodayViewRig::waitFor([&] { return rig_.window.height() == folded + lyrics->height(); }));
+  EXPECT_TRUE(waitFor([&] { return window.height() == folded + lyrics->height(); }));
   EXPECT_EQ(lyrics->layout().knownHeight(), lyrics->height());
-  rig_.press(Qt::Key_L);
-  EXPECT_TRUE(TodayViewRig::waitFor([&] { return rig_.window.height() == folded; }));
+  press(Qt::Key_L);
+  EXPECT_TRUE(waitFor([&] { return window.height() == folded; }));
 }
 
-TEST_F(AnOpenTodayView, IsHiddenByEscapeAndAppearsAnew) {
-  const auto appearances = rig_.gate.count("to running");
-  rig_.press(Qt::Key_Escape);
-  EXPECT_FALSE(rig_.window.isVisible());
-  rig_.settle();
+TEST_F(AnOpenTodayView, IsHiddenByEscapeAndAppearsOnceWheneverItComesBack) {
+  const QSignalSpy appeared(&view, &TodayView::appeared);
+  const QSignalSpy disappeared(&view, &TodayView::disappeared);
+  const auto appearances = gate.appearances();
+  view.open();
+  EXPECT_EQ(appeared.count(), 0);
+  press(Qt::Key_Escape);
+  EXPECT_FALSE(window.isVisible());
+  view.hide();
+  EXPECT_EQ(disappeared.count(), 1);
+  settle();
   // The track plays on; a widget that has not been told would look at it each second.
-  const auto scripts = rig_.gate.scripts();
-  rig_.clock.advance(2s);
-  rig_.settle();
-  EXPECT_EQ(rig_.gate.scripts(), scripts);
-  rig_.view.toggle();
+  const auto scripts = gate.scripts();
+  clock.advance(2s);
+  settle();
+  EXPECT_EQ(gate.scripts(), scripts);
+  view.toggle();
   QKeyEvent stillHeld(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier, {}, true);
-  QApplication::sendEvent(&rig_.window, &stillHeld);
-  EXPECT_TRUE(rig_.window.isVisible());
-  EXPECT_TRUE(TodayViewRig::waitFor([&] { return rig_.gate.count("to running") > appearances; }));
-}
-
-TEST_F(AnOpenTodayView, AppearsOnceWhenItIsOpenedAgainAndOnceMoreWhenItComesBack) {
-  const QSignalSpy appearances(&rig_.view, &TodayView::appeared);
-  const QSignalSpy disappearances(&rig_.view, &TodayView::disappeared);
-  rig_.view.open();
-  EXPECT_EQ(appearances.count(), 0);
-  rig_.window.setWindowState(Qt::WindowMinimized);
-  EXPECT_TRUE(TodayViewRig::waitFor([&] { return disappearances.count() == 1; }));
-  rig_.view.toggle();
-  EXPECT_TRUE(TodayViewRig::waitFor([&] { return !rig_.window.isMinimized(); }));
-  EXPECT_EQ(appearances.count(), 1);
-  rig_.view.hide();
-  rig_.view.hide();
-  EXPECT_EQ(disappearances.count(), 2);
+  QApplication::sendEvent(&window, &stillHeld);
+  EXPECT_TRUE(window.isVisible());
+  EXPECT_TRUE(waitFor([&] { return gate.appearances() > appearances; }));
+  window.setWindowState(Qt::WindowMinimized);
+  EXPECT_TRUE(waitFor([&] { return disappeared.count() == 2; }));
+  view.toggle();
+  EXPECT_TRUE(waitFor([&] { return !window.isMinimized(); }));
+  EXPECT_EQ(appeared.count(), 2);
 }
 
 TEST(AHeading, SaysWhoIsPlayingOrWhatIsWrong) {
-  struct Row {
-    PlayerDescription player;
-    const char* says;
-  };
-  const std::vector<Row> rows{
+  const std::vector<std::pair<PlayerDescription, const char*>> rows{
       {{.name = "mpv", .identity = "mpv"}, "mpv"},
       {{.name = "mpv", .identity = "mpv", .silent = true}, "mpv does not answer"},
       {{}, "No player is running"}};
   TodayWindow window;
   const auto* line = window.findChild<PlayerButton*>();
   const auto* close = window.findChild<PushButton*>("close");
-  for (const auto& row : rows) {
-    window.showPlayer(row.player);
-    EXPECT_EQ(line->text().toStdString(), row.says);
+  for (const auto& [player, says] : rows) {
+    window.showPlayer(player);
+    EXPECT_EQ(line->text().toStdString(), says);
     EXPECT_GT(line->y(), window.findChild<TextLabel*>("date")->y());
     EXPECT_LT(line->geometry().right(), close->x());
   }
@@ -148,14 +129,10 @@ TEST(AThemesColours, StandOutFromTheCard) {
            0.0722 * linear(color.blueF());
   };
   const auto contrast = [&](const QColor& color) {
-    const auto card = theme::card();
-    const auto over = [&](float front, float back) {
-      return front * color.alphaF() + back * (1 - color.alphaF());
-    };
-    const auto seen =
-        QColor::fromRgbF(over(color.redF(), card.redF()), over(color.greenF(), card.greenF()),
-                         over(color.blueF(), card.blueF()));
-    return (luminance(seen) + 0.05) / (luminance(card) + 0.05);
+    QImage card(1, 1, QImage::Format_RGB32);
+    card.fill(theme::card());
+    QPainter(&card).fillRect(card.rect(), color);
+    return (luminance(card.pixelColor(0, 0)) + 0.05) / (luminance(theme::card()) + 0.05);
   };
   for (const auto& text : {theme::text(), theme::dimmed(), theme::notice()}) {
     EXPECT_GE(contrast(text), 4.5) << text.name().toStdString();
@@ -165,88 +142,73 @@ TEST(AThemesColours, StandOutFromTheCard) {
   }
 }
 
-TEST(ATodayView, OffersWhatThePlayerCanDo) {
+TEST_F(AnOpenTodayView, OffersWhatThePlayerCanDo) {
+  using Player = PlayerDescription;
   struct Row {
-    PlayerDescription player;
+    bool Player::*ability;  // That it has not; null for no player at all.
     const char* control;
-    const char* refusal;
     Qt::Key key;
+    const char* refusal;
   };
-  const std::vector<Row> rows{{{}, "playButton", "No player is running", Qt::Key_Space},
-                              {{.name = "a", .identity = "A", .keepsRating = false},
-                               "songRatingIndicator",
-                               "A keeps no ratings",
-                               Qt::Key_1},
-                              {{.name = "a", .identity = "A", .keepsVolume = false},
-                               "soundVolume",
-                               "A lets nobody set its volume",
-                               Qt::Key_Down},
-                              {{.name = "a", .identity = "A", .canControl = false},
-                               "nextButton",
-                               "A takes no commands",
-                               Qt::Key_N},
-                              {{.name = "a", .identity = "A", .canGoNext = false},
-                               "nextButton",
-                               "A has no track after this one",
-                               Qt::Key_N},
-                              {{.name = "a", .identity = "A", .canGoPrevious = false},
-                               "previousButton",
-                               "A has no track before this one",
-                               Qt::Key_P},
-                              {{.name = "a", .identity = "A", .playing = true, .canPause = false},
-                               "playButton",
-                               "A cannot do that just now",
-                               Qt::Key_Space}};
-  TodayViewRig rig;
-  rig.open();
-  rig.settle();
+  const std::vector<Row> rows{
+      {nullptr, "playButton", Qt::Key_Space, "No player is running"},
+      {&Player::keepsRating, "songRatingIndicator", Qt::Key_1, "A keeps no ratings"},
+      {&Player::keepsVolume, "soundVolume", Qt::Key_Down, "A lets nobody set its volume"},
+      {&Player::canControl, "nextButton", Qt::Key_N, "A takes no commands"},
+      {&Player::canGoNext, "nextButton", Qt::Key_N, "A has no track after this one"},
+      {&Player::canGoPrevious, "previousButton", Qt::Key_P, "A has no track before this one"},
+      {&Player::canPause, "playButton", Qt::Key_Space, "A cannot do that just now"}};
+  const Player able{.name = "a", .identity = "A", .playing = true};
+  settle();
   for (const auto& row : rows) {
     SCOPED_TRACE(row.refusal);
-    rig.window.showPlayer(row.player);
-    EXPECT_FALSE(rig.find(row.control)->isEnabled());
-    EXPECT_EQ(rig.find(row.control)->toolTip().toStdString(), row.refusal);
-    const auto commands = rig.gate.count("");
-    rig.press(row.key);
-    rig.settle();
-    EXPECT_EQ(rig.gate.count(""), commands);
+    auto shown = row.ability != nullptr ? able : Player();
+    if (row.ability != nullptr) shown.*row.ability = false;
+    window.showPlayer(shown);
+    EXPECT_FALSE(find(row.control)->isEnabled());
+    EXPECT_EQ(find(row.control)->toolTip().toStdString(), row.refusal);
+    const auto commands = gate.count("");
+    press(row.key);
+    settle();
+    EXPECT_EQ(gate.count(""), commands);
   }
-  rig.window.showPlayer({.name = "a", .identity = "A"});
-  for (const auto& row : rows) EXPECT_TRUE(rig.find(row.control)->isEnabled()) << row.control;
+  window.showPlayer(able);
+  for (const auto& row : rows) EXPECT_TRUE(find(row.control)->isEnabled()) << row.control;
 }
 
 TEST_F(AnOpenTodayView, LooksAgainAtAPlayerThatHasNews) {
-  rig_.settle();
+  settle();
   for (const auto news : {PlayerNews::Changed, PlayerNews::Refused, PlayerNews::Commanded}) {
-    const auto appearances = rig_.gate.count("to running");
-    rig_.listener->playerNews(news);
-    rig_.listener->playerNews(news);
-    ASSERT_TRUE(TodayViewRig::waitFor([&] { return rig_.gate.count("to running") > appearances; }));
-    rig_.settle();
-    EXPECT_EQ(rig_.gate.count("to running"), appearances + 1);
+    const auto appearances = gate.appearances();
+    listener->playerNews(news);
+    listener->playerNews(news);
+    ASSERT_TRUE(waitFor([&] { return gate.appearances() > appearances; }));
+    settle();
+    EXPECT_EQ(gate.appearances(), appearances + 1);
   }
 }
 
 TEST_F(AnOpenTodayView, StartsTheWidgetAnewWhenThePlayerHasLeft) {
-  ASSERT_NE(rig_.unfold(), nullptr);
-  rig_.press(Qt::Key_Up);  // Asked of a widget that is gone when the answer comes.
+  ASSERT_NE(unfold(), nullptr);
+  press(Qt::Key_Up);  // Asked of a widget that is gone when the answer comes.
   const auto folded = 285;
-  rig_.listener->playerNews(PlayerNews::Left);
-  EXPECT_TRUE(TodayViewRig::waitFor([&] { return rig_.starts == 2; }));
-  EXPECT_TRUE(TodayViewRig::waitFor([&] { return rig_.window.panel().height() == folded; }));
-  rig_.settle();
-  EXPECT_EQ(rig_.find<QSlider>("soundVolume")->value(), *rig_.player.soundVolume());
-  rig_.view.hide();
-  rig_.listener->playerNews(PlayerNews::Left);
-  rig_.settle();
-  EXPECT_EQ(rig_.starts, 2);
-  rig_.view.open();
-  EXPECT_EQ(rig_.starts, 3);
+  listener->playerNews(PlayerNews::Left);
+  EXPECT_TRUE(waitFor([&] { return starts == 2; }));
+  EXPECT_TRUE(waitFor([&] { return window.panel().height() == folded; }));
+  settle();
+  EXPECT_EQ(find<QSlider>("soundVolume")->value(), *player.soundVolume());
+  view.hide();
+  listener->playerNews(PlayerNews::Left);
+  settle();
+  EXPECT_EQ(starts, 2);
+  view.open();
+  EXPECT_EQ(starts, 3);
 }
 
 TEST_F(AnOpenTodayView, ListsThePlayersToChooseFrom) {
-  rig_.description.playing = true;
-  rig_.press(Qt::Key_S);
-  auto* const menu = rig_.window.findChild<PlayerMenu*>();
+  description.playing = true;
+  press(Qt::Key_S);
+  auto* const menu = window.findChild<PlayerMenu*>();
   ASSERT_NE(menu, nullptr);
   const auto actions = menu->actions();
   std::vector<std::string> texts;
@@ -255,30 +217,23 @@ TEST_F(AnOpenTodayView, ListsThePlayersToChooseFrom) {
                                           "Show the window of mpv"));
   EXPECT_TRUE(actions[2]->isChecked());
   actions[4]->trigger();
-  EXPECT_EQ(rig_.raises, 1);
+  EXPECT_EQ(raises, 1);
   actions[0]->trigger();
-  EXPECT_EQ(rig_.starts, 2);
-  EXPECT_EQ(rig_.view.players().choice, "auto");
+  EXPECT_EQ(starts, 2);
+  EXPECT_EQ(view.players().choice, "auto");
 }
 
 TEST_F(AnOpenTodayView, TurnsWhileAPlayerHangs) {
-  rig_.gate.close();
-  const auto scripts = rig_.gate.scripts().size();
-  rig_.press(Qt::Key_Space);
-  ASSERT_TRUE(TodayViewRig::waitFor([&] { return rig_.gate.scripts().size() > scripts; }));
-  rig_.description.silent = true;
-  rig_.listener->playerNews(PlayerNews::Described);
-  const auto* line = rig_.find<PlayerButton>("player");
-  EXPECT_TRUE(TodayViewRig::waitFor([&] { return line->text() == "mpv does not answer"; }));
-  rig_.gate.open();
+  gate.close();
+  const auto scripts = gate.scripts().size();
+  press(Qt::Key_Space);
+  ASSERT_TRUE(waitFor([&] { return gate.scripts().size() > scripts; }));
+  description.silent = true;
+  listener->playerNews(PlayerNews::Described);
+  const auto* line = find<PlayerButton>("player");
+  EXPECT_TRUE(waitFor([&] { return line->text() == "mpv does not answer"; }));
+  gate.open();
 }
 
 }  // namespace
 }  // namespace Corvella
-
-int main(int argc, char** argv) {
-  qputenv("QT_QPA_PLATFORM", "offscreen");
-  testing::InitGoogleMock(&argc, argv);
-  const QApplication application(argc, argv);
-  return RUN_ALL_TESTS();
-}

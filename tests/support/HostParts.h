@@ -1,18 +1,76 @@
 #pragma once
 
+#include <algorithm>
+#include <atomic>
+#include <cstddef>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <utility>
+#include <vector>
+
 #include "extension/ExtensionThread.h"
 #include "host/services/FontconfigFinder.h"
 #include "host/services/QtImageDecoder.h"
 #include "host/services/QtTextMeasurer.h"
-#include "platform/foundation/NSBundle.h"
+#include "players/embedded/EmbeddedPlayer.h"
 #include "tests/support/ManualClock.h"
+#include "tests/support/ScriptedStack.h"
 
 namespace Corvella {
 
-/// What the program brings to the widget, but for the scripts and for a clock that runs. Needs a Qt
-/// application.
+/// Lets scripts through to a runner, and holds them up while it is closed.
+class ScriptGate final : public ScriptRunner {
+ public:
+  explicit ScriptGate(ScriptRunner& runner) : runner_(runner) {}
+
+  std::unique_ptr<NSAppleScript> initWithSource(std::string source) override {
+    {
+      const std::lock_guard lock(mutex_);
+      scripts_.push_back(source);
+    }
+    ++held_;
+    open_.wait(false);
+    --held_;
+    return runner_.initWithSource(std::move(source));
+  }
+
+  void close() { open_ = false; }
+  void open() {
+    open_ = true;
+    open_.notify_all();
+  }
+
+  bool isHoldingScripts() const { return held_ > 0; }
+
+  /// All scripts that have come, oldest first.
+  std::vector<std::string> scripts() {
+    const std::lock_guard lock(mutex_);
+    return scripts_;
+  }
+  /// How many scripts have come that end like that.
+  std::ptrdiff_t count(const std::string& ending) {
+    return std::ranges::count_if(scripts(),
+                                 [&](const auto& text) { return text.ends_with(ending); });
+  }
+  /// How often the widget has appeared: only then it asks that.
+  std::ptrdiff_t appearances() { return count("to running"); }
+
+ private:
+  ScriptRunner& runner_;
+  std::atomic<bool> open_ = true;
+  std::atomic<int> held_ = 0;
+  std::mutex mutex_;
+  std::vector<std::string> scripts_;
+};
+
+/// What the program brings to a widget on the embedded player, but that its scripts can be held up,
+/// and that time stands still unless the test advances it. Needs a Qt application.
 class HostParts {
  public:
+  explicit HostParts(std::vector<EmbeddedTrack> tracks = embeddedTracks())
+      : player(clock, bundle, std::move(tracks)) {}
+
   /// The parts have to outlive the services.
   HostServices services() const { return services(bundle); }
   /// The same for a widget whose resources are those of another bundle.
@@ -25,7 +83,10 @@ class HostParts {
   }
 
   ManualClock clock;
-  NSBundle bundle{CORVELLA_RESOURCES};
+  const NSBundle bundle{CORVELLA_RESOURCES};
+  EmbeddedPlayer player;
+  PlayerScriptRunner runner{player, shippedTargets()};
+  ScriptGate gate{runner};
 
  private:
   QtImageDecoder decoder_;

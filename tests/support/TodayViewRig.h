@@ -1,34 +1,53 @@
 #pragma once
 
-#include <functional>
+#include <QImage>
+#include <QScreen>
+#include <QSignalSpy>
+#include <QTest>
+#include <chrono>
+#include <memory>
 #include <string>
 #include <vector>
 
+#include <gtest/gtest.h>
+
 #include "host/controls/LyricsView.h"
+#include "host/controls/TextLabel.h"
 #include "host/panel/TodayView.h"
-#include "players/embedded/EmbeddedPlayer.h"
+#include "tests/support/Eventually.h"
 #include "tests/support/HostParts.h"
-#include "tests/support/ScriptGate.h"
-#include "tests/support/ScriptedStack.h"
 
 namespace Corvella {
 
-/// A Today view over the embedded player, whose scripts can be held up. Time stands still unless
-/// the test advances it.
-class TodayViewRig {
+/// A Today view over the embedded player.
+class TodayViewRig : public HostParts {
  public:
-  explicit TodayViewRig(std::vector<EmbeddedTrack> tracks = embeddedTracks());
+  using HostParts::HostParts;
 
   /// Opens the view and waits for a track.
-  void open();
+  void open() {
+    view.open();
+    ASSERT_TRUE(waitFor([this] {
+      return find<TextLabel>("songTitle") != nullptr && text("songTitle") != "No Song Playing";
+    }));
+  }
   /// Unfolds the lyrics and waits for them; null when they do not come.
-  LyricsView* unfold();
-  void press(Qt::Key key);
+  LyricsView* unfold() {
+    press(Qt::Key_L);
+    const auto lyrics = [this] { return find<LyricsView>("lyricsView"); };
+    return waitFor([&] { return lyrics() != nullptr && lyrics()->height() > 0; }) ? lyrics()
+                                                                                  : nullptr;
+  }
+  void press(Qt::Key key) { QTest::keyClick(&window, key); }
   /// Waits until the widget has dealt with all that it was told.
-  void settle();
+  void settle() {
+    const QSignalSpy settled(&view, &TodayView::settled);
+    view.settle();
+    ASSERT_TRUE(waitFor([&] { return settled.count() > 0; }));
+  }
 
   /// The text that the label of that name shows in full.
-  std::string text(const char* label) const;
+  std::string text(const char* label) const { return find<TextLabel>(label)->text().toStdString(); }
   /// The widget of that name; null when there is none of that class.
   template <typename Widget = QWidget>
   Widget* find(const char* name) const {
@@ -36,16 +55,25 @@ class TodayViewRig {
   }
 
   /// Lets the application run until the condition holds; false when it never does.
-  static bool waitFor(const std::function<bool()>& condition);
+  template <typename Condition>
+  static bool waitFor(Condition condition) {
+    return QTest::qWaitFor(condition, longestWait / std::chrono::milliseconds{1});
+  }
 
- private:
-  std::unique_ptr<WidgetSession> start(WidgetHost& host, PlayerNewsListener& newListener);
+  /// What the screen shows of a widget that is a window.
+  static QImage onScreen(const QWidget& widget) {
+    return widget.screen()->grabWindow(widget.winId()).toImage();
+  }
+  /// The smallest rectangle around the pixels of which one channel has more than `least`.
+  static QRect brightPart(const QImage& image, int (*channel)(QRgb), int least) {
+    QRect part;
+    for (int i = 0; i < image.width() * image.height(); ++i) {
+      const QPoint pixel(i % image.width(), i / image.width());
+      if (channel(image.pixel(pixel)) > least) part |= QRect(pixel, QSize(1, 1));
+    }
+    return part;
+  }
 
-  HostParts parts_;
-
- public:
-  ManualClock& clock = parts_.clock;
-  EmbeddedPlayer player;
   /// What the player says of itself.
   PlayerDescription description{.name = "mpv", .identity = "mpv", .canRaise = true};
   /// Who is to be told the news of the player, and how often the widget has been started.
@@ -54,12 +82,27 @@ class TodayViewRig {
   int raises = 0;
 
  private:
-  PlayerScriptRunner runner_{player, shippedTargets()};
+  class Session final : public WidgetSession {
+   public:
+    Session(TodayViewRig& rig, WidgetHost& host)
+        : rig_(rig), extension_(rig.services(), rig.gate, host) {}
+
+    ExtensionThread& extension() override { return extension_; }
+    ScriptRunner& scripts() override { return rig_.gate; }
+    PlayerDescription player() const override { return rig_.description; }
+    std::vector<PlayerDescription> players() const override { return {rig_.description}; }
+    void raisePlayer() override { ++rig_.raises; }
+
+   private:
+    TodayViewRig& rig_;
+    ExtensionThread extension_;
+  };
 
  public:
-  ScriptGate gate{runner_};
   TodayView view{[this](const std::string&, WidgetHost& host, PlayerNewsListener& news) {
-                   return start(host, news);
+                   ++starts;
+                   listener = &news;
+                   return std::make_unique<Session>(*this, host);
                  },
                  "mpv"};
   TodayWindow& window = view.window();

@@ -1,0 +1,168 @@
+#include <QBuffer>
+#include <QByteArray>
+#include <QColor>
+#include <QImage>
+#include <QSize>
+#include <QString>
+#include <QStringList>
+#include <span>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "extension/WidgetDisplay.h"
+#include "host/program/DisplayText.h"
+#include "host/services/FontconfigFinder.h"
+#include "host/services/LyricsLines.h"
+#include "host/services/QtImageDecoder.h"
+
+namespace Corvella {
+namespace {
+
+TEST(AFontFinder, KnowsTheInstalledFamiliesByTheirWholeName) {
+  const FontconfigFinder fonts;
+  EXPECT_TRUE(fonts.hasFamily("DejaVu Sans"));
+  for (const auto* other : {"DejaVu", "No Such Family", ""}) EXPECT_FALSE(fonts.hasFamily(other));
+}
+
+std::optional<NSDecodedImage> decoded(const QByteArray& file) {
+  return QtImageDecoder().decode(std::as_bytes(std::span(file)));
+}
+
+QByteArray encoded(QSize size, const char* format, QImage::Format pixels = QImage::Format_RGB32) {
+  QImage image(size, pixels);
+  image.fill(QColor(200, 30, 40));
+  QBuffer file;
+  file.open(QIODevice::WriteOnly);
+  EXPECT_TRUE(image.save(&file, format));
+  return file.data();
+}
+
+TEST(APicture, KeepsItsSizeAndGetsABitmapThatIsNotLarge) {
+  const std::vector<std::pair<QSize, QSize>> sizes{
+      {{40, 30}, {40, 30}}, {{3000, 1500}, {512, 256}}, {{5000, 1}, {512, 1}}};
+  for (const auto* format : {"PNG", "JPEG", "BMP"}) {
+    for (const auto& [size, sizeOfBitmap] : sizes) {
+      const auto picture = decoded(encoded(size, format));
+      ASSERT_TRUE(picture.has_value()) << format;
+      const auto& bitmap = picture->bitmap;
+      EXPECT_EQ(QSize(picture->width, picture->height), size) << format;
+      ASSERT_EQ(QSize(bitmap.pixelsWide, bitmap.pixelsHigh), sizeOfBitmap) << format;
+      const QColor last(bitmap.pixels.back());
+      EXPECT_NEAR(last.red(), 200, 3) << format;
+      EXPECT_NEAR(last.blue(), 40, 3) << format;
+    }
+  }
+}
+
+TEST(ABrokenPicture, IsNoneAndNothingIsPrinted) {
+  const auto half = [](const char* format) {
+    const auto whole = encoded({400, 300}, format);
+    return whole.left(whole.size() / 2);
+  };
+  const auto png = encoded({400, 300}, "PNG");
+  constexpr int kSignature = 8;
+  constexpr int kHeaderEnd = 33;
+  auto flipped = png;
+  flipped[flipped.size() / 2] = static_cast<char>(~flipped[flipped.size() / 2]);
+  constexpr QSize kHuge(5'478, 5'478);  // 30,008,484 pixels
+  const std::vector<std::pair<const char*, QByteArray>> rows{
+      {"empty", {}},
+      {"text", "<html>not found</html>"},
+      {"half a PNG", half("PNG")},
+      {"half a JPEG", half("JPEG")},
+      {"half a BMP", half("BMP")},
+      {"PNG without its last byte", png.chopped(1)},
+      {"PNG with a wrong check sum", flipped},
+      {"PNG without its header", png.left(kSignature) + png.mid(kHeaderEnd)},
+      {"PNG without its data", png.left(kHeaderEnd) + png.right(12)},
+      {"PNG with too few rows", encoded({400, 301}, "PNG").left(kHeaderEnd) + png.mid(kHeaderEnd)},
+      {"huge PNG", encoded(kHuge, "PNG", QImage::Format_Mono)},
+      {"huge BMP", encoded(kHuge, "BMP", QImage::Format_Mono)}};
+  for (const auto& [name, file] : rows) {
+    testing::internal::CaptureStderr();  // The libraries behind Qt have their own ways to complain.
+    EXPECT_FALSE(decoded(file).has_value()) << name;
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "") << name;
+  }
+}
+
+QString times(qsizetype count, const char* part) {
+  return QString(part).repeated(count);
+}
+
+TEST(Lyrics, BreakIntoLinesAndAreCutBetweenLettersWhereTheyAreTooLong) {
+  constexpr auto kRow = LyricsLines::kMostCharactersOnALine;
+  constexpr auto kSymbolRow = LyricsLines::kMostSymbolsOnALine;
+  constexpr auto kMostLines = LyricsLines::kMostLines;
+  constexpr auto kMostCharacters = LyricsLines::kMostCharacters;
+  constexpr auto kMostSymbols = LyricsLines::kMostSymbols;
+  const QString cut = "The rest of these lyrics is too long to be shown here.";
+  const auto row = times(kRow, "x");
+  const auto symbols = times(kSymbolRow, "\u2705");
+  const auto flags = "x" + times(kSymbolRow / 2, "\U0001f1e9\U0001f1ea");
+  const auto most = QStringList(kMostCharacters / 1000 - 1, times(999, "x")) << times(1000, "x");
+  const std::vector<std::pair<QString, QStringList>> rows{
+      {"", {""}},
+      {"a\nb\n\nc", {"a", "b", "", "c"}},
+      {"a\rb\r\rc", {"a", "b", "", "c"}},
+      {"a\r\nb\r\n\r\nc", {"a", "b", "", "c"}},
+      {"a\n\rb", {"a", "", "b"}},
+      {"a\u0085b\u2028c\u2029d", {"a", "b", "c", "d"}},
+      {"a\nb\r\n", {"a", "b", ""}},
+      {"a\u2027b\u00c5c", {"a\u2027b\u00c5c"}},
+      // Lines that are as long as they may be, or go on in further lines.
+      {row, {row}},
+      {symbols, {symbols}},
+      {row + "x\nnext", {row, "x", "next"}},
+      {row.chopped(1) + "\U0001d11e", {row.chopped(1), "\U0001d11e"}},
+      {row.chopped(1) + "e\u0301y", {row.chopped(1), "e\u0301y"}},
+      {times(2 * kRow, "\u96e8"), QStringList(2, times(kRow, "\u96e8"))},
+      {symbols + "\u2705x", {symbols, "\u2705x"}},
+      {flags + "\U0001f1e9", {flags, "\U0001f1e9"}},
+      // Texts that are as long as they may be, or are cut.
+      {times(kMostLines - 1, "x\n"), QStringList(kMostLines - 1, "x") << ""},
+      {most.join('\n'), most},
+      {most.join('\n') + "\n", most + QStringList("")},
+      {"a\nZ" + times(kRow, "\u0335"), {"a", cut}},
+      {times(kMostLines, "x\n"), QStringList(kMostLines, "x") << cut},
+      {times(kMostLines - 1, "x\n") + row + "x", QStringList(kMostLines - 1, "x") << row << cut},
+      {(times(1000, "x") + "\n").repeated(kMostCharacters / 1000),
+       QStringList(kMostCharacters / 1000 - 1, times(1000, "x")) << times(1000 - 48, "x") << cut},
+      {times(2 * kMostCharacters, "x"), QStringList(16, row) << times(2000 - 15, "x") << cut},
+      {times(kMostSymbols + 1, "\u2705"), QStringList(kMostSymbols / kSymbolRow, symbols) << cut},
+      {times(kMostSymbols + 1, "\U0001f389\n"), QStringList(kMostSymbols, "\U0001f389") << cut}};
+  for (const auto& [text, expected] : rows) {
+    SCOPED_TRACE(text.left(20).toStdString() + " of " + std::to_string(text.size()));
+    const LyricsLines lines(text.toStdString());
+    EXPECT_TRUE(lines.text() == expected.join('\n'));
+    ASSERT_EQ(lines.count(), expected.size());
+    for (qsizetype i = 0; i < lines.count(); ++i) {
+      ASSERT_EQ(lines.line(i).toStdString(), expected[i].toStdString());
+    }
+  }
+}
+
+TEST(PrintedLyrics, HaveTheirLinesAndNoControls) {
+  struct Row {
+    std::string text;
+    std::string summary;  // Of the lyrics, as --print tells it.
+    std::string printed;  // The lyrics, as --print --lyrics does.
+  };
+  const std::vector<Row> rows{{"", " (0 lines)", ""},
+                              {"one", "one (1 line)", "one\n"},
+                              {"a\nb\r\n", "a (2 lines)", "a\nb\n"},
+                              {"\u2028\r", " (2 lines)", "\n\n"},
+                              {"\u0080\u009f\u00a0x", "    \u00a0x (1 line)", "    \u00a0x\n"},
+                              {"a\tb\x1b\nc\u0090", "a b  (2 lines)", "a b \nc  \n"}};
+  for (const auto& row : rows) {
+    WidgetDisplay display;
+    display.apply({{{"lyricsView", {}, {}, TextContent{row.text, {}, nullptr}}}, {}, {}});
+    EXPECT_EQ(displayText(display), "lyricsView: " + row.summary + "\n");
+    EXPECT_EQ(lyricsText(display), row.printed);
+  }
+}
+
+}  // namespace
+}  // namespace Corvella
