@@ -20,7 +20,6 @@ TEST(ACommandLine, TellsWhatToDoAndWithWhichPlayer) {
   const std::vector<Row> rows{
       {{}, Action::Open, "auto"},
       {{"--toggle"}, Action::Toggle, "auto"},
-      {{"--print"}, Action::Print, "auto"},
       {{"--print", "--player", "embedded"}, Action::Print, "embedded"},
       {{"--player=vlc.instance7"}, Action::Open, "vlc.instance7"},
       {{"--list-players"}, Action::ListPlayers, "auto"},

@@ -26,10 +26,7 @@ constexpr std::size_t kMebibyte = 1 << 20;
 constexpr auto kAllAtOnce = std::chrono::milliseconds::max();
 
 TextContent contentOf(const std::string& text, NSTextAlignment alignment = NSTextAlignmentCenter) {
-  return {.text = text,
-          .color = {.red = 1, .green = 1, .blue = 1, .alpha = 1},
-          .font = nullptr,
-          .alignment = alignment};
+  return {text, {.red = 1, .green = 1, .blue = 1, .alpha = 1}, nullptr, alignment};
 }
 
 std::string filled(std::size_t bytes, const std::string& part) {
@@ -157,8 +154,7 @@ TEST(ALongText, IsMeasuredLineByLineAndLaidOutWhereItIsSeen) {
 
   WholeLyrics lyrics(kWidth, 100'000, contentOf(text));
   for (const int place : {0, 20'000}) {
-    const auto row = lyrics.view.layout().top(1);
-    lyrics.ink({0, place, kWidth, static_cast<int>(10 * row)}, 1);
+    lyrics.ink({0, place, kWidth, static_cast<int>(10 * lyrics.view.layout().top(1))}, 1);
     EXPECT_LE(lyrics.view.layout().laidOutLines(), 12U);
     EXPECT_GE(lyrics.view.layout().laidOutLines(), 10U);
   }
@@ -179,8 +175,10 @@ TEST(SlowLyrics, AreCompleteInTheEnd) {
   for (const bool comeIntoAWindow : {true, false}) {
     SCOPED_TRACE(comeIntoAWindow);
     LyricsView slow(nullptr);
-    if (!comeIntoAWindow) slow.display(content);
-    if (!comeIntoAWindow) slow.setSlice(kAllAtOnce);
+    if (!comeIntoAWindow) {
+      slow.display(content);
+      slow.setSlice(kAllAtOnce);
+    }
     slow.setSlice(std::chrono::milliseconds(0));  // No more than one line at once.
     show(slow);
     if (comeIntoAWindow) slow.display(content);

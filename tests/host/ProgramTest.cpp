@@ -27,9 +27,7 @@
 namespace Corvella {
 namespace {
 
-using namespace std::chrono_literals;
 using testing::AllOf;
-using testing::ContainsRegex;
 using testing::HasSubstr;
 using Texts = std::vector<std::string>;
 
@@ -165,8 +163,8 @@ TEST_F(AUser, IsToldByTheStatusAndInWordsWhatHappened) {
     SCOPED_TRACE(testing::PrintToString(row.options));
     const auto outcome = run(row.options, kNoBus);
     EXPECT_EQ(outcome.status, row.status);
-    EXPECT_THAT(outcome.output, ContainsRegex(row.output));
-    EXPECT_THAT(outcome.errors, ContainsRegex(row.errors));
+    EXPECT_THAT(outcome.output, testing::ContainsRegex(row.output));
+    EXPECT_THAT(outcome.errors, testing::ContainsRegex(row.errors));
   }
 }
 
@@ -189,7 +187,8 @@ TEST_F(AUser, HasOneInstanceThatLaterOnesTellWhatTheyAreStartedFor) {
                    [&](const QString& player) { messages.push_back(player.toStdString()); });
   for (const auto& options : std::vector<Texts>{{}, {"--toggle"}, {"--player", "vlc"}}) {
     auto later = start(options, kOffscreen);
-    ASSERT_TRUE(QTest::qWaitFor([&] { return !later.running(); }, longestWait / 1ms));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !later.running(); },
+                                longestWait / std::chrono::milliseconds{1}));
     EXPECT_EQ(later.wait(), 0) << later.errors();
   }
   EXPECT_THAT(messages, testing::ElementsAre("open", "toggle", "vlc", "open"));

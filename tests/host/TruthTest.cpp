@@ -61,7 +61,7 @@ struct Truth {
 
 class RandomPlayers {
  public:
-  RandomPlayers(const std::string& address, unsigned seed) : address_(address), random_(seed) {
+  explicit RandomPlayers(const std::string& address) : address_(address) {
     for (auto& player : players_) start(player);
   }
 
@@ -131,7 +131,7 @@ class RandomPlayers {
   }
 
   const std::string address_;
-  std::minstd_rand random_;
+  std::minstd_rand random_{20261123};
   int tracks_ = 0;
   std::array<Truth, 2> players_;
 };
@@ -139,10 +139,9 @@ class RandomPlayers {
 TEST(ThePanel, ComesToAgreeWithThePlayerAfterWhateverItDoes) {
   const auto* const wanted = std::getenv("CORVELLA_TRUTH_STEPS");  // A long walk is for a person.
   const int steps = wanted != nullptr ? std::atoi(wanted) : 60;
-  constexpr unsigned kSeed = 20261123;
   const PrivateBus bus;
   const ScopedSessionBus session(bus.address());
-  RandomPlayers players(bus.address(), kSeed);
+  RandomPlayers players(bus.address());
   const Composition composition;
   TodayView view(composition.starter(), "auto");
   view.open();

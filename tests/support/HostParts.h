@@ -71,12 +71,10 @@ class HostParts {
   explicit HostParts(std::vector<EmbeddedTrack> tracks = embeddedTracks())
       : player(clock, bundle, std::move(tracks)) {}
 
-  /// The parts have to outlive the services.
-  HostServices services() const { return services(bundle); }
-  /// The same for a widget whose resources are those of another bundle.
-  HostServices services(const NSBundle& resources) const {
+  /// The parts, and the other bundle if there is to be one, have to outlive the services.
+  HostServices services(const NSBundle* other = nullptr) const {
     return {.clock = clock,
-            .bundle = resources,
+            .bundle = other != nullptr ? *other : bundle,
             .imageDecoder = decoder_,
             .fontFinder = fonts_,
             .textMeasurer = measurer_};

@@ -35,8 +35,8 @@ class TodayViewRig : public HostParts {
   LyricsView* unfold() {
     press(Qt::Key_L);
     const auto lyrics = [this] { return find<LyricsView>("lyricsView"); };
-    return waitFor([&] { return lyrics() != nullptr && lyrics()->height() > 0; }) ? lyrics()
-                                                                                  : nullptr;
+    const bool come = waitFor([&] { return lyrics() != nullptr && lyrics()->height() > 0; });
+    return come ? lyrics() : nullptr;
   }
   void press(Qt::Key key) { QTest::keyClick(&window, key); }
   /// Waits until the widget has dealt with all that it was told.
