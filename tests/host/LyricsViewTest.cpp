@@ -174,11 +174,8 @@ TEST(SlowLyrics, AreCompleteInTheEnd) {
   const auto expected = TodayViewRig::onScreen(whole.view);
   for (const bool comeIntoAWindow : {true, false}) {
     SCOPED_TRACE(comeIntoAWindow);
-    LyricsView slow(nullptr);
-    if (!comeIntoAWindow) {
-      slow.display(content);
-      slow.setSlice(kAllAtOnce);
-    }
+    WholeLyrics lyrics(kWidth, 600, comeIntoAWindow ? TextContent() : content);
+    auto& slow = lyrics.view;
     slow.setSlice(std::chrono::milliseconds(0));  // No more than one line at once.
     show(slow);
     if (comeIntoAWindow) slow.display(content);
