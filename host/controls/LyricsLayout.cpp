@@ -53,7 +53,16 @@ qsizetype LyricsLayout::placeAt(QPointF point, QTextLine::CursorPosition kind) {
   const auto line = lineAtHeight(point.y());
   const auto& layout = paragraph(line).layout();
   const auto row = rowAtHeight(layout, point.y() - top(line));
-  return lines_.start(line) + row.xToCursor(point.x(), kind);
+  // At and beyond the ends of a row from right to left Qt takes one end for the other.
+  constexpr double kWithin = 0.5;
+  const auto text = row.naturalTextRect();
+  const auto x = std::max(text.left() + kWithin, std::min(point.x(), text.right() - kWithin));
+  auto place = row.xToCursor(x, kind);
+  // The end of a row that wraps is the start of the next one, where the cursor would be shown.
+  const bool wraps = row.lineNumber() + 1 < layout.lineCount();
+  const bool isAtEnd = place == row.textStart() + row.textLength();
+  if (wraps && isAtEnd) place = layout.previousCursorPosition(place);
+  return lines_.start(line) + place;
 }
 
 QTextLine LyricsLayout::rowOf(qsizetype place) {

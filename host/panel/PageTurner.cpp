@@ -8,7 +8,8 @@ using std::chrono::duration_cast;
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
-PageTurner::PageTurner() : lastPage_(steady_clock::now() - kBetweenPages) {
+PageTurner::PageTurner(QObject* parent)
+    : QObject(parent), lastPage_(steady_clock::now() - kBetweenPages) {
   timer_.setSingleShot(true);
   timer_.setTimerType(Qt::PreciseTimer);
   timer_.callOnTimeout(this, [this] {

@@ -19,7 +19,7 @@ class PageTurner final : public QObject {
   /// How long after a command its effect is looked at when the player has no news by itself.
   static constexpr std::chrono::milliseconds kAfterCommand{1000};
 
-  PageTurner();
+  explicit PageTurner(QObject* parent);
 
   /// The player has changed.
   void turnSoon();
@@ -35,7 +35,7 @@ class PageTurner final : public QObject {
  private:
   void turnIn(std::chrono::milliseconds delay);
 
-  QTimer timer_;
+  QTimer timer_{this};
   std::chrono::steady_clock::time_point lastPage_;
 };
 

@@ -100,8 +100,8 @@ class TodayView final : public QObject {
   std::vector<std::unique_ptr<Run>> endingRuns_;
   std::unique_ptr<TodayWindow> window_;
   WidgetDisplay display_;
-  PageTurner pages_;
-  QTimer everyMinute_;
+  PageTurner pages_{this};
+  QTimer everyMinute_{this};
   std::unique_ptr<PlayerMenu> menu_;
   bool open_ = false;  // Whether the widget is on the screen, and not put away by the desktop.
   bool playerHasLeft_ = false;

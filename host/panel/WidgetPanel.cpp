@@ -30,7 +30,7 @@ QRect pixelRect(const NSRect& frame, double height) {
 }
 
 QString toolTipOf(const ViewSnapshot& view) {
-  const QString keys(keyNames(view.identifier.c_str()));
+  const QString keys(keyNames(view.identifier));
   if (keys.isEmpty()) return {};
   const auto name = view.accessibilityLabel.empty()
                         ? QString("Show or hide the lyrics")
@@ -234,20 +234,21 @@ void WidgetPanel::choose(const std::string& identifier, double value) {
 bool WidgetPanel::actOnKey(const QKeyEvent& event) {
   constexpr auto kModifiers = Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier;
   if ((event.modifiers() & kModifiers) != Qt::NoModifier) return false;
-  for (const auto& key : controlKeys()) {
-    if (key.key != event.key()) continue;
-    const auto found = controls_.find(key.identifier);
+  for (const auto& [identifier, names, keys] : controlKeys()) {
+    const auto* const key = std::ranges::find(keys, event.key());
+    if (key == keys.end()) continue;
+    const auto found = controls_.find(std::string(identifier));
     if (found == controls_.end()) return false;
     auto* const widget = found->second.widget.get();
     if (!widget->isEnabled()) return true;
-    using Act = ControlKey::Act;
+    const auto index = static_cast<int>(key - keys.begin());
     if (auto* const button = dynamic_cast<PushButton*>(widget)) {
       if (!event.isAutoRepeat()) button->click();
     } else if (auto* const slider = dynamic_cast<ValueSlider*>(widget)) {
-      slider->triggerAction(key.act == Act::Raise ? QAbstractSlider::SliderSingleStepAdd
-                                                  : QAbstractSlider::SliderSingleStepSub);
+      slider->triggerAction(index == 0 ? QAbstractSlider::SliderSingleStepAdd
+                                       : QAbstractSlider::SliderSingleStepSub);
     } else if (auto* const rating = dynamic_cast<StarRating*>(widget)) {
-      rating->choose(key.value);
+      rating->choose(index);
     }
     return true;
   }

@@ -123,7 +123,7 @@ class Printer final : public QObject {
   const Composition& composition_;
   const CommandLine& commandLine_;
   const CommandOutput& output_;
-  PageTurner pages_;
+  PageTurner pages_{this};
   std::unique_ptr<Run> run_;
   WidgetDisplay display_;
   std::optional<std::string> printed_;  // But for the position.

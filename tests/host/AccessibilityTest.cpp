@@ -61,6 +61,9 @@ TEST_F(AnUnfoldedTodayView, TellsTheRoleTheNameAndTheValueOfEachControl) {
     const auto value = accessible->text(QAccessible::Value);
     EXPECT_TRUE(row.value.isEmpty() || value == row.value) << value.toStdString();
   }
+  press(Qt::Key_Space);
+  EXPECT_TRUE(waitFor([&] { return find("playButton")->accessibleName() == "Play"; }));
+  EXPECT_EQ(find("playButton")->toolTip(), "Play (Space)");
   auto* const position = QAccessible::queryAccessibleInterface(find("progressBar"));
   EXPECT_GT(position->valueInterface()->maximumValue().toDouble(), 1);
 }

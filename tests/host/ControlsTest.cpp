@@ -1,5 +1,6 @@
 #include <QApplication>
 #include <QBuffer>
+#include <QPainter>
 #include <QSignalSpy>
 #include <QTest>
 #include <QWheelEvent>
@@ -10,9 +11,13 @@
 
 #include <gtest/gtest.h>
 
+#include "host/controls/ButtonSign.h"
 #include "host/controls/PictureView.h"
+#include "host/controls/PositionBar.h"
+#include "host/controls/PushButton.h"
 #include "host/controls/StarRating.h"
 #include "host/controls/TextLabel.h"
+#include "host/controls/Theme.h"
 #include "host/controls/ValueSlider.h"
 #include "host/panel/Tray.h"
 #include "host/services/QtImageDecoder.h"
@@ -75,7 +80,11 @@ TEST(AUsersInput, EndsInItsScript) {
       {"P", key(Qt::Key_P), "previous track"},
       {"N", key(Qt::Key_N), "next track"},
       {"L", key(Qt::Key_L), "get lyrics of current track"},
+      {"Zero", key(Qt::Key_0), "set rating of current track to 0"},
+      {"One", key(Qt::Key_1), "set rating of current track to 20"},
+      {"Two", key(Qt::Key_2), "set rating of current track to 40"},
       {"Three", key(Qt::Key_3), "set rating of current track to 60"},
+      {"Five", key(Qt::Key_5), "set rating of current track to 100"},
       {"Up", key(Qt::Key_Up), "set sound volume to 85"},
       {"Down", key(Qt::Key_Down), "set sound volume to 75"},
       {"UpOnPlay", key(Qt::Key_Up, "playButton"), "set sound volume to 85"},
@@ -127,6 +136,8 @@ TEST(ALabel, PaintsItsTextInItsColourOnItsSide) {
   EXPECT_FALSE(left.isEmpty());
   EXPECT_LT(left.right(), 100);
   EXPECT_GT(inkOf("\u05e9\u05d9\u05e8", Qt::white).left(), 100);  // Hebrew
+  inkOf("one\ntwo\u2028three\tfour", Qt::white);
+  EXPECT_EQ(label.text(), "one two three four");
 }
 
 TEST(ATray, IsShownAndTellsWhatIsChosenThere) {
@@ -210,6 +221,93 @@ TEST(ASlider, HasItsThumbWhereItsValueIsAndFollowsThePointer) {
   EXPECT_EQ(slider.value(), 50);
   QTest::mouseMove(&slider, {71, 12});
   EXPECT_EQ(slider.value(), 60);
+}
+
+/// What a widget paints on the card, as it is seen.
+QImage onTheCard(QWidget& widget) {
+  QImage image(widget.size(), QImage::Format_RGB32);
+  image.fill(theme::card());
+  widget.render(&image, {}, {}, QWidget::DrawChildren);
+  return image;
+}
+
+TEST(EachControl, IsPaintedInTheColoursOfWhatItShows) {
+  using Sample = std::pair<QPoint, QColor>;
+  const auto expectColors = [](QWidget& widget, const std::vector<Sample>& samples) {
+    const auto painted = onTheCard(widget);
+    for (const auto& [place, color] : samples) {
+      QImage expected(1, 1, QImage::Format_RGB32);
+      expected.fill(theme::card());
+      QPainter(&expected).fillRect(expected.rect(), color);
+      EXPECT_EQ(painted.pixelColor(place), expected.pixelColor(0, 0)) << place.x();
+    }
+  };
+  PositionBar bar(nullptr);
+  bar.resize(100, 10);
+  bar.display({.minValue = 0, .maxValue = 100, .value = 0});
+  expectColors(bar, {{{3, 5}, theme::groove()}, {{3, 1}, theme::card()}});
+  bar.display({.minValue = 0, .maxValue = 100, .value = 50});
+  expectColors(bar, {{{40, 5}, theme::accent()}, {{60, 5}, theme::groove()}});
+
+  ValueSlider slider(nullptr);
+  slider.resize(114, 24);
+  slider.display({.minValue = 0, .maxValue = 100, .value = 50});
+  const QPoint left(20, 12);
+  const QPoint thumb(57, 12);
+  const QPoint right(90, 12);
+  const std::vector<Sample> usual{
+      {left, theme::accent()}, {thumb, theme::text()}, {right, theme::groove()}};
+  expectColors(slider, usual);
+  slider.setEnabled(false);
+  expectColors(
+      slider,
+      {{left, theme::faintText()}, {thumb, theme::faintText()}, {right, theme::faintGroove()}});
+
+  StarRating stars(nullptr);
+  stars.resize(120, 24);
+  const QPoint first(12, 12);
+  const QPoint last(108, 12);
+  stars.display({.stars = 2, .mostStars = 5, .highlighted = true});
+  expectColors(stars, {{first, theme::star()}, {last, theme::groove()}, {{0, 0}, theme::card()}});
+  stars.display({.stars = 2, .mostStars = 5, .highlighted = false});
+  expectColors(stars, {{first, theme::dimmed()}, {last, theme::groove()}});
+  stars.setEnabled(false);
+  expectColors(stars, {{first, theme::faintText()}, {last, theme::faintGroove()}});
+
+  PushButton button(nullptr);
+  button.resize(60, 30);
+  const QPoint corner(0, 0);
+  const QPoint side(5, 15);
+  button.display({"\u25b6", nullptr, true});
+  expectColors(
+      button,
+      {{{30, 15}, theme::text()}, {corner, theme::card()}, {side, QColor(255, 255, 255, 26)}});
+  button.display({"\u25b6", nullptr, false});
+  expectColors(button, {{{30, 15}, theme::faintText()}, {side, QColor(255, 255, 255, 10)}});
+}
+
+TEST(AButtonsSign, PointsWhereItLeads) {
+  struct Row {
+    const char* title;
+    QSizeF size;
+    std::vector<QPointF> inside;
+    std::vector<QPointF> outside;
+  };
+  const std::vector<Row> rows{
+      {"\u25b6", {12, 14}, {{1, 3}, {10, 7}, {1, 11}}, {{11, 2}, {11, 12}}},
+      {"\u25b6\u25b6", {19.2, 14}, {{1, 3}, {8, 7}, {11, 3}, {18, 7}}, {{8, 2}, {18, 12}}},
+      {"\u25c0\u25c0", {19.2, 14}, {{1, 7}, {8, 3}, {11, 7}, {18, 11}}, {{1, 2}, {11, 12}}},
+      {"\u275a\u275a", {12, 14}, {{2, 1}, {2, 13}, {10, 7}}, {{6, 7}}},
+      {"\u2715", {10.5, 10.5}, {{1, 1}, {8, 8}, {8, 1}, {1, 8}}, {{4.5, 1}, {1, 4.5}}},
+      {"No Lyrics", {0, 0}, {}, {}}};
+  for (const auto& [title, size, inside, outside] : rows) {
+    SCOPED_TRACE(title);
+    const auto sign = buttonSign(title);
+    EXPECT_NEAR(sign.boundingRect().width(), size.width(), 0.5);
+    EXPECT_NEAR(sign.boundingRect().height(), size.height(), 0.5);
+    for (const auto& point : inside) EXPECT_TRUE(sign.contains(point)) << point.x();
+    for (const auto& point : outside) EXPECT_FALSE(sign.contains(point)) << point.x();
+  }
 }
 
 TEST(TheStars, ArePaintedAnewWheneverTheyShowSomethingElse) {

@@ -6,6 +6,7 @@
 #include <QMenu>
 #include <QScrollBar>
 #include <QTest>
+#include <algorithm>
 #include <chrono>
 #include <map>
 #include <string>
@@ -55,7 +56,7 @@ class WholeLyrics {
 
   /// Lets a reader do something: press keys, "Shift+Left", choose an entry of the menu, "menu@1",
   /// wait for some milliseconds, "wait@500", or use the mouse at the left edge of a letter,
-  /// "press@7".
+  /// "press@7", or at that of the view, "press@-1".
   void perform(const QString& step) {
     const std::map<QString, QEvent::Type> mouse{{"press", QEvent::MouseButtonPress},
                                                 {"Shift+press", QEvent::MouseButtonPress},
@@ -71,8 +72,8 @@ class WholeLyrics {
       QApplication::sendEvent(&view, &event);
       view.findChild<QMenu*>()->actions().at(number)->trigger();
     } else if (mouse.contains(what)) {
-      const auto caret = view.layout().caretAt(number);
-      const QPointF point(caret.x() + 1, caret.center().y());
+      const auto caret = view.layout().caretAt(std::max(number, 0));
+      const QPointF point(number < 0 ? 1 : caret.x() + 1, caret.center().y());
       QMouseEvent event(mouse.at(what), point, view.mapToGlobal(point),
                         what == "move" ? Qt::NoButton : Qt::LeftButton, Qt::LeftButton,
                         what.startsWith("Shift") ? Qt::ShiftModifier : Qt::NoModifier);
@@ -223,6 +224,9 @@ TEST(AScrolledWindow, ShowsOtherLyricsOrAnotherSongFromTheStart) {
     auto& lyrics = *window.findChild<LyricsView*>();
     bar.setValue(500);
     lyrics.select(0, 2);
+    QTest::keyClick(&lyrics, Qt::Key_End, Qt::ControlModifier | Qt::ShiftModifier);
+    EXPECT_LT(bar.value(), 500) << "the cursor, which was out of sight";
+    bar.setValue(500);
     for (const auto& title : row.titles) window.apply(snapshotOf(title, row.lyrics));
     EXPECT_EQ(bar.value(), row.startsAnew ? 0 : 500) << row.titles[0] << row.lyrics;
     EXPECT_EQ(lyrics.selection().isEmpty(), row.startsAnew) << row.titles[0] << row.lyrics;
@@ -255,6 +259,8 @@ TEST(ReadersInput, SelectsWhatIsCopied) {
       {"press@12 Shift+Right Shift+Right Shift+Right", "e\nf"},
       {"press@15 Shift+Left Shift+Left Shift+Left", "e\nf"},
       {"press@1 Shift+Left Shift+Left", "חת", "אחת שתיים", 200},
+      {"press@-1 Ctrl+Shift+Home", "אחת שתיים", "אחת שתיים", 200},
+      {"press@-1 Shift+End", "one two", "one two", 200},
       {"Ctrl+Shift+Right Ctrl+Shift+Right", "one two "},
       {"press@8 Ctrl+Shift+Left", "two "},
       {"Shift+End Shift+End", "one two"},

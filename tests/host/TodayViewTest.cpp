@@ -5,6 +5,7 @@
 #include <QSignalSpy>
 #include <QSlider>
 #include <QTest>
+#include <QTimer>
 #include <QVariantAnimation>
 #include <chrono>
 #include <cmath>
@@ -49,14 +50,19 @@ TEST_F(AnOpenTodayView, GrowsByTheWholeLyricsAndShrinksBack) {
 TEST_F(AnOpenTodayView, IsHiddenByEscapeAndAppearsOnceWheneverItComesBack) {
   const QSignalSpy appeared(&view, &TodayView::appeared);
   const QSignalSpy disappeared(&view, &TodayView::disappeared);
+  const QSignalSpy titles(&view, &TodayView::titleChanged);
   const auto appearances = gate.appearances();
+  find("playButton")->setFocus();
   view.open();
   EXPECT_EQ(appeared.count(), 0);
   press(Qt::Key_Escape);
   EXPECT_FALSE(window.isVisible());
   view.hide();
   EXPECT_EQ(disappeared.count(), 1);
+  listener->playerNews(PlayerNews::Changed);
   settle();
+  EXPECT_EQ(titles.constLast()[0].toString(), "");
+  for (const auto* timer : view.findChildren<QTimer*>()) EXPECT_FALSE(timer->isActive());
   // The track plays on; a widget that has not been told would look at it each second.
   const auto scripts = gate.scripts();
   clock.advance(std::chrono::seconds(2));
@@ -66,7 +72,10 @@ TEST_F(AnOpenTodayView, IsHiddenByEscapeAndAppearsOnceWheneverItComesBack) {
   QKeyEvent stillHeld(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier, {}, true);
   QApplication::sendEvent(&window, &stillHeld);
   EXPECT_TRUE(window.isVisible());
+  EXPECT_NE(window.focusWidget(), find("playButton"));  // Keys act on the whole view again.
   EXPECT_TRUE(waitFor([&] { return gate.appearances() > appearances; }));
+  EXPECT_TRUE(
+      waitFor([&] { return titles.constLast()[0].toString() == text("songTitle").c_str(); }));
   window.setWindowState(Qt::WindowMinimized);
   EXPECT_TRUE(waitFor([&] { return disappeared.count() == 2; }));
   view.toggle();
@@ -144,6 +153,7 @@ TEST_F(AnOpenTodayView, OffersWhatThePlayerCanDo) {
   };
   const std::vector<Row> rows{
       {nullptr, "playButton", Qt::Key_Space, "No player is running"},
+      {nullptr, "toggleLyricsButton", Qt::Key_L, "No player is running"},
       {&Player::keepsRating, "songRatingIndicator", Qt::Key_1, "A keeps no ratings"},
       {&Player::keepsVolume, "soundVolume", Qt::Key_Down, "A lets nobody set its volume"},
       {&Player::canControl, "nextButton", Qt::Key_N, "A takes no commands"},
@@ -164,6 +174,11 @@ TEST_F(AnOpenTodayView, OffersWhatThePlayerCanDo) {
     settle();
     EXPECT_EQ(gate.count(""), commands);
   }
+  auto silent = able;
+  silent.silent = true;
+  window.showPlayer(silent);
+  EXPECT_EQ(find("soundVolume")->toolTip(), "A does not answer");
+  EXPECT_TRUE(find("toggleLyricsButton")->isEnabled());
   window.showPlayer(able);
   for (const auto& row : rows) EXPECT_TRUE(find(row.control)->isEnabled()) << row.control;
 }
