@@ -66,6 +66,18 @@ TEST_F(AFakePlayerOnTheBus, ThatHangsFailsAtOnceUntilItAnswersAndItsLateAnswersA
   EXPECT_TRUE(eventuallyShows("Title"));
 }
 
+TEST_F(AFakePlayerOnTheBus, ThatAnswersInTimeOnlyWhatIsSmallIsSilentUntilItAnswersAll) {
+  connect({.call = 300ms, .greeting = longestWait});
+  ASSERT_TRUE(eventually([&] { return errorNumber("get sound volume") == 0; }));
+  fake_.forgetCalls();
+  fake_.behave({.hangsAt = "GetAll"});
+  EXPECT_EQ(errorNumber("get player state as string"), kTimedOut);
+  EXPECT_TRUE(eventually([&] { return fake_.received("GetAll") == 2; }));  // The probe.
+  EXPECT_EQ(errorNumber("player position"), kTimedOut);
+  fake_.behave({});
+  EXPECT_TRUE(eventually([&] { return !player_->description().silent; }));
+}
+
 TEST_F(AFakePlayerOnTheBus, ThatHangsFromTheStartIsListedAsSilentAndNotAsked) {
   fake_.behave({.hangs = true});
   connect({.call = longestWait, .greeting = 100ms});

@@ -125,6 +125,15 @@ TEST_F(ARoster, TellsTheNewsOfTheCurrentPlayer) {
       {"volume", [&] { change(":1", "Volume", {0.5}); }, {Changed}},
       {"of another", [&] { change(":2", "Volume", {0.5}); }, {}},
       {"nothing shown", [&] { change(":1", "LoopStatus", {"None"}); }, {}},
+      {"first answer", [&] { roster_->noticeVolume(":1", 50); }, {}},
+      {"same answer", [&] { roster_->noticeVolume(":1", 50); }, {}},
+      {"untold volume", [&] { roster_->noticeVolume(":1", 60); }, {Changed}},
+      {"commanded", [&] { roster_->expectChange(":1"); }, {}},
+      {"obeyed", [&] { roster_->noticeVolume(":1", 70); }, {}},
+      {"first track", [&] { roster_->noticeTrack(":1", "x"); }, {}},
+      {"untold artist", [&] { roster_->noticeTrack(":1", "y"); }, {Changed}},
+      {"told volume", [&] { change(":1", "Volume", {0.8}); }, {Changed}},
+      {"as told", [&] { roster_->noticeVolume(":1", 80); }, {}},
       {"ability", [&] { change(":1", "CanGoNext", no); }, {Described}},
       {"invalid", [&] { roster_->propertiesChanged(":1", none, {"Metadata"}); }, {Changed}},
       {"jump", [&] { roster_->lookAgain(":1"); }, {Changed}},
@@ -137,6 +146,7 @@ TEST_F(ARoster, TellsTheNewsOfTheCurrentPlayer) {
       {"other left", [&] { roster_->playerVanished(kPrefix + "b"); }, {}},
       {"asked", [&] { EXPECT_EQ(roster_->currentDescription(), shown); }, {}},
       {"left", [&] { roster_->playerVanished(kPrefix + "a"); }, {Left}},
+      {"stranger", [&] { roster_->noticeVolume(":9", 1); }, {}},
       {"gone for good", [&] { roster_->busLost(); }, {}}};
   news();
   for (const auto& row : rows) {

@@ -115,10 +115,12 @@ void FakeMprisPlayer::receive(sd_bus_message* call) {
 }
 
 void FakeMprisPlayer::answerWaiting() {
-  while (bus_ && !behaviour_.hangs && !waiting_.empty()) {
-    answer(waiting_.front());
-    waiting_.pop_front();
-  }
+  if (!bus_ || behaviour_.hangs) return;
+  std::erase_if(waiting_, [this](const Request& request) {
+    if (request.name == behaviour_.hangsAt) return false;
+    answer(request);
+    return true;
+  });
 }
 
 void FakeMprisPlayer::answer(const Request& request) {

@@ -56,7 +56,8 @@ class FakeMprisPlayer {
   };
 
   struct Behaviour {
-    bool hangs = false;  ///< Answers nothing; calls pile up until it behaves otherwise.
+    bool hangs = false;     ///< Answers nothing; calls pile up until it behaves otherwise.
+    std::string hangsAt{};  ///< Answers everything but such calls.
     std::map<std::string, std::string> errors{};  ///< What calls are answered with.
     /// The player leaves the bus for good when such a call comes, without an answer.
     std::string vanishesDuring{};
