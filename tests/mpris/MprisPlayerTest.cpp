@@ -1,3 +1,4 @@
+#include <csignal>
 #include <cstdint>
 #include <filesystem>
 #include <memory>
@@ -145,7 +146,7 @@ TEST_F(ABus, HasARealPlayerShownAndObeyAsAnotherProgramSees) {
   EXPECT_TRUE(eventuallyTells("Volume", "double 0.35"));
   controller().playback(Pause);
   EXPECT_TRUE(eventuallyTells("PlaybackStatus", "Paused"));
-  mpv.kill();
+  mpv.send(SIGKILL);
   EXPECT_TRUE(eventually([&] { return !controller().running(); }));
 }
 

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <csignal>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -41,8 +40,8 @@ class RealMpv {
     return look.output().find(text) != std::string::npos;
   }
 
-  /// Ends the player as a crash would.
-  void kill() { process_.kill(SIGKILL); }
+  /// Sends its process a signal: SIGKILL ends it as a crash would, SIGSTOP hangs it.
+  void send(int signal) { process_.kill(signal); }
 
  private:
   static std::vector<std::string> commandFor(const Options& options) {
