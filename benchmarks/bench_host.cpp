@@ -1,9 +1,10 @@
 // What the window costs, beside an empty window of Qt on the same display: its start, its memory,
 // its processor time while it shows a player and while it is hidden, and how long it stalls while
-// the player hangs.
+// the player hangs. Arguments: the names of what is to be measured, all without any.
 
 #include <QCoreApplication>
 #include <QDBusConnection>
+#include <algorithm>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
@@ -85,6 +86,7 @@ class Watched {
     if (!come) throw std::runtime_error("a window shows nothing: " + process_.errors());
     return numbers[index];
   }
+  bool wrote(const std::string& ending) const { return process_.output().ends_with(ending); }
   double microsecondsToFirstPaint() { return number(0); }
   double longestStallInMicroseconds() { return number(1); }
   pid_t id() const { return process_.id(); }
@@ -210,6 +212,73 @@ void measureStalls(const Desktop& desktop) {
       kSeconds, longest, empty, kAtMost, verdict(longest <= kAtMost));
 }
 
+/// How long it takes from a player's signal until the panel shows the other title, beside a program
+/// that only prints it.
+void measureNews(const Desktop& desktop) {
+  constexpr int kChanges = 40;
+  constexpr double kAtMost = 8;
+  FakeMprisPlayer player(desktop.bus.address(), "news");
+  player.show("Title 0", "Playing");
+  player.set("CanPlay", FakeMprisPlayer::Value::of("b", 1));  // Without it playerctl tells nothing.
+  auto corvella = Watched::corvella(desktop, "news", 0, "titles");
+  Process playerctl({"playerctl", "--player=news", "metadata", "--follow", "--format={{title}}"},
+                    desktop.environment());
+  std::vector<double> painted;
+  std::vector<double> printed;
+  const auto await = [&](const std::string& title) {
+    using Clock = std::chrono::steady_clock;
+    const auto start = Clock::now();
+    const auto since = [&] { return std::chrono::duration<double>(Clock::now() - start).count(); };
+    double ofCorvella = 0;
+    double ofPlayerctl = 0;
+    while (ofCorvella == 0 || ofPlayerctl == 0) {
+      if (ofCorvella == 0 && corvella.wrote(title + "\n")) ofCorvella = since() * 1e6;
+      if (ofPlayerctl == 0 && playerctl.output().ends_with(title + "\n")) {
+        ofPlayerctl = since() * 1e6;
+      }
+      std::this_thread::sleep_for(std::chrono::microseconds(200));
+      if (since() > 60) throw std::runtime_error("nobody sees " + title);
+    }
+    painted.push_back(ofCorvella);
+    printed.push_back(ofPlayerctl);
+  };
+  await("Title 0");
+  painted.clear();
+  printed.clear();
+  for (int i = 1; i <= kChanges; ++i) {
+    // Another page is not turned earlier than a quarter of a second after the last.
+    std::this_thread::sleep_for(std::chrono::milliseconds(800 + 37 * i % 200));
+    const auto title = "Title " + std::to_string(i);
+    player.show(title, "Playing");
+    player.announce("Metadata");
+    await(title);
+  }
+  printRatio("a change in the player until it is painted / until playerctl prints it",
+             ratioOf(painted, printed), kAtMost);
+}
+
+double microsecondsOf(const std::vector<std::string>& command, const Desktop& desktop) {
+  const auto start = std::chrono::steady_clock::now();
+  Process process(command, desktop.environment());
+  if (process.wait() != 0) throw std::runtime_error(command[0] + " fails: " + process.errors());
+  return std::chrono::duration<double, std::micro>(std::chrono::steady_clock::now() - start)
+      .count();
+}
+
+void measurePrint(const Desktop& desktop) {
+  constexpr int kPairs = 60;
+  FakeMprisPlayer player(desktop.bus.address(), "printed");
+  player.show("A Title", "Playing");
+  player.set("CanPlay", FakeMprisPlayer::Value::of("b", 1));
+  std::vector<double> corvella;
+  std::vector<double> playerctl;
+  for (int i = 0; i < kPairs; ++i) {
+    playerctl.push_back(microsecondsOf({"playerctl", "metadata"}, desktop));
+    corvella.push_back(microsecondsOf({besideThisProgram("corvella"), "--print"}, desktop));
+  }
+  printRatio("corvella --print / playerctl metadata", ratioOf(corvella, playerctl), 3);
+}
+
 struct LongLyrics {
   std::string name;
   std::string part;  // Repeated until there is 1 MiB of it.
@@ -238,7 +307,7 @@ void measureUnfolding(const Desktop& desktop, const LongLyrics& lyrics) {
       kSeconds, lyrics.name.c_str(), longest, kAtMost, verdict(longest <= kAtMost));
 }
 
-void measureUnfolding(const Desktop& desktop) {
+void measureAllUnfolding(const Desktop& desktop) {
   const std::vector<LongLyrics> all{{"line ends", "\n"},
                                     {"one word", "x"},
                                     {"ordinary lines", "the river says nothing\n"},
@@ -249,23 +318,42 @@ void measureUnfolding(const Desktop& desktop) {
   for (const auto& lyrics : all) measureUnfolding(desktop, lyrics);
 }
 
-void measureAll() {
-  const Desktop desktop;
+void measureEmbeddedStart(const Desktop& desktop) {
   measureStart(desktop, "embedded", "the embedded player", 1.5);
-  measureHidden(desktop);
-  measureStalls(desktop);
-  measureUnfolding(desktop);
+}
+
+void measureWithMpv(const Desktop& desktop) {
   const TemporaryFolder folder;
-  {
-    const RealMpv mpv(
-        desktop.bus.address(),
-        {.files = {makeLongTrack(folder, "usual.flac", CORVELLA_RESOURCES "/covers/harbour.png")}});
-    measureStart(desktop, "auto", "mpv", 1.6);
-    measurePlaying(desktop);
-  }
+  const RealMpv mpv(
+      desktop.bus.address(),
+      {.files = {makeLongTrack(folder, "usual.flac", CORVELLA_RESOURCES "/covers/harbour.png")}});
+  measureStart(desktop, "auto", "mpv", 1.6);
+  measurePlaying(desktop);
+}
+
+void measureMemoryWithMpv(const Desktop& desktop) {
+  const TemporaryFolder folder;
   const RealMpv mpv(desktop.bus.address(),
                     {.files = {makeLongTrack(folder, "large.flac", makeCover(folder))}});
   measureMemory(desktop);
+}
+
+struct Measurement {
+  std::string name;
+  void (*measure)(const Desktop& desktop);
+};
+
+/// Measures all, or those that are named.
+void measure(const std::vector<std::string>& names) {
+  const std::vector<Measurement> all{
+      {"start", measureEmbeddedStart}, {"hidden", measureHidden},
+      {"stalls", measureStalls},       {"news", measureNews},
+      {"print", measurePrint},         {"unfolding", measureAllUnfolding},
+      {"mpv", measureWithMpv},         {"memory", measureMemoryWithMpv}};
+  for (const auto& [name, measure] : all) {
+    if (!names.empty() && std::ranges::find(names, name) == names.end()) continue;
+    measure(Desktop());
+  }
 }
 
 }  // namespace
@@ -274,7 +362,7 @@ void measureAll() {
 int main(int argc, char** argv) {
   const QCoreApplication application(argc, argv);
   try {
-    Corvella::measureAll();
+    Corvella::measure({argv + 1, argv + argc});
     return 0;
   } catch (const std::exception& error) {
     std::fprintf(stderr, "bench_host: %s\n", error.what());

@@ -8,6 +8,7 @@ namespace Corvella {
 /// again, by scripts.
 enum class PlayerNews : std::uint8_t {
   Changed,    ///< Its state, track, artwork, volume or rating, or another player is to be shown.
+  Halted,     ///< The same of a player that does not play; it may be on its way to another track.
   Left,       ///< The current player is no longer there.
   Described,  ///< `MusicPlayer::description` gives something else now.
   Commanded,  ///< A script has told it to do something, and it has agreed.

@@ -18,9 +18,9 @@ PageTurner::PageTurner(QObject* parent)
   });
 }
 
-void PageTurner::turnSoon() {
+void PageTurner::turnAfter(milliseconds gathering) {
   const auto sinceLast = duration_cast<milliseconds>(steady_clock::now() - lastPage_);
-  turnIn(std::max(kGathering, kBetweenPages - sinceLast));
+  turnIn(std::max(gathering, kBetweenPages - sinceLast));
 }
 
 void PageTurner::turnLater() {

@@ -13,8 +13,12 @@ class PageTurner final : public QObject {
   Q_OBJECT
 
  public:
-  /// For how long news are gathered, and the least time from one page to the next.
-  static constexpr std::chrono::milliseconds kGathering{50};
+  /// For how long the news of a player that plays are gathered, which send their signals at once,
+  /// and those of one that has stopped. Several players stop for a moment between two tracks, and
+  /// that moment should not be seen.
+  static constexpr std::chrono::milliseconds kBurst{2};
+  static constexpr std::chrono::milliseconds kPause{50};
+  /// The least time from one page to the next.
   static constexpr std::chrono::milliseconds kBetweenPages{250};
   /// How long after a command its effect is looked at when the player has no news by itself.
   static constexpr std::chrono::milliseconds kAfterCommand{1000};
@@ -22,7 +26,9 @@ class PageTurner final : public QObject {
   explicit PageTurner(QObject* parent);
 
   /// The player has changed.
-  void turnSoon();
+  void turnNow() { turnAfter(kBurst); }
+  /// The player has changed and does not play.
+  void turnSoon() { turnAfter(kPause); }
   /// The player has been told to do something. Most players have news of it themselves, and the
   /// page for these comes first and is enough; some agree and do nothing.
   void turnLater();
@@ -33,6 +39,7 @@ class PageTurner final : public QObject {
   void pageIsDue();
 
  private:
+  void turnAfter(std::chrono::milliseconds gathering);
   void turnIn(std::chrono::milliseconds delay);
 
   QTimer timer_{this};

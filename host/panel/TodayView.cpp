@@ -161,6 +161,8 @@ void TodayView::hear(PlayerNews news) {
   switch (news) {
     case PlayerNews::Changed:
     case PlayerNews::Refused:
+      return pages_.turnNow();
+    case PlayerNews::Halted:
       return pages_.turnSoon();
     case PlayerNews::Commanded:
       return pages_.turnLater();

@@ -66,7 +66,7 @@ class Printer final : public QObject {
 
   void hear(PlayerNews news) {
     playerHasLeft_ |= news == PlayerNews::Left;
-    pages_.turnSoon();
+    news == PlayerNews::Halted ? pages_.turnSoon() : pages_.turnNow();
   }
 
   void look() try {

@@ -215,7 +215,7 @@ void PlayerRoster::propertiesChanged(const std::string& owner, const PropertyMap
     if (describe(entry) != described) tell(PlayerNews::Described);
     for (const auto* const name : {"PlaybackStatus", "Metadata", "Volume", "Rating"}) {
       if (changed.contains(name) || isListed(invalidated, name)) {
-        tell(PlayerNews::Changed);
+        tell(entry.state == PlayerState::Playing ? PlayerNews::Changed : PlayerNews::Halted);
         break;
       }
     }

@@ -45,13 +45,14 @@ class WholeLyrics {
     view.setSlice(kAllAtOnce);
   }
 
-  /// The smallest rectangle that holds all that is drawn of a part of the view, in pixels.
+  /// The smallest rectangle that holds all that is drawn of a part of the view in a bright colour,
+  /// in pixels.
   QRect ink(const QRect& part, double scale) {
     QImage image((QSizeF(part.size()) * scale).toSize(), QImage::Format_ARGB32_Premultiplied);
     image.setDevicePixelRatio(scale);
     image.fill(Qt::transparent);
     view.render(&image, {}, QRegion(part), {});
-    return TodayViewRig::brightPart(image, qAlpha, 0);
+    return TodayViewRig::brightPart(image, qRed, 0);
   }
 
   /// Lets a reader do something: press keys, "Shift+Left", choose an entry of the menu, "menu@1",
@@ -186,6 +187,7 @@ TEST(SlowLyrics, AreCompleteInTheEnd) {
 
 TEST(TheLyricsFocus, IsThereForATextInSight) {
   LyricsView view(nullptr);
+  QTest::mouseClick(&view, Qt::LeftButton);  // Nowhere yet.
   const auto takesFocus = [&](int height, const char* text) {
     view.resize(kWidth, height);
     view.display(contentOf(text));

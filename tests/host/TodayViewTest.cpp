@@ -185,7 +185,8 @@ TEST_F(AnOpenTodayView, OffersWhatThePlayerCanDo) {
 
 TEST_F(AnOpenTodayView, LooksAgainAtAPlayerThatHasNews) {
   settle();
-  for (const auto news : {PlayerNews::Changed, PlayerNews::Refused, PlayerNews::Commanded}) {
+  for (const auto news :
+       {PlayerNews::Changed, PlayerNews::Halted, PlayerNews::Refused, PlayerNews::Commanded}) {
     const auto appearances = gate.appearances();
     listener->playerNews(news);
     listener->playerNews(news);

@@ -139,7 +139,7 @@ TEST_F(ARoster, TellsTheNewsOfTheCurrentPlayer) {
       {"jump", [&] { roster_->lookAgain(":1"); }, {Changed}},
       {"identity", [&] { roster_->identityListed(":1", identity); }, {Described}},
       {"no volume", [&] { roster_->propertiesListed(":1", bare); }, {Described}},
-      {"state", [&] { change(":1", "PlaybackStatus", {"Paused"}); }, {Described, Changed}},
+      {"state", [&] { change(":1", "PlaybackStatus", {"Paused"}); }, {Described, Halted}},
       {"another is better", [&] { change(":2", "PlaybackStatus", {"Playing"}); }, {Changed}},
       {"silent", [&] { roster_->fellSilent(":1"); }, {Described}},
       {"answers", [&] { roster_->playerAnswered(":1", nullptr); }, {Changed}},
