@@ -9,6 +9,7 @@
 #include <QPainter>
 #include <QScreen>
 #include <QScrollBar>
+#include <QStyle>
 #include <QWindow>
 #include <algorithm>
 #include <cmath>
@@ -98,19 +99,24 @@ void TodayWindow::place() {
   constexpr int kDateTop = 4;
   constexpr int kPlayerTop = 24;
   const int room = closeLeft - left;
-  date_.setGeometry(left, kDateTop, room, kPlayerTop - kDateTop);
-  playerButton_.move(left, kPlayerTop);
   playerButton_.fitInto(room);
-  close_.setGeometry(closeLeft, (kHeadingHeight - kCloseSize) / 2, kCloseSize, kCloseSize);
+  const auto place = [this](QWidget& widget, const QRect& area) {
+    widget.setGeometry(QStyle::visualRect(layoutDirection(), rect(), area));
+  };
+  place(date_, {left, kDateTop, room, kPlayerTop - kDateTop});
+  place(playerButton_, {{left, kPlayerTop}, playerButton_.size()});
+  place(close_, {closeLeft, (kHeadingHeight - kCloseSize) / 2, kCloseSize, kCloseSize});
   // The area reaches to the right edge of the window, because the scroll bar stands in the margin.
-  scroll_.setGeometry(rect().adjusted(kMargin, kHeadingHeight, 0, -kMargin));
+  place(scroll_, rect().adjusted(kMargin, kHeadingHeight, 0, -kMargin));
 }
 
 void TodayWindow::apply(const WidgetSnapshot& snapshot) {
   panel_.apply(snapshot);
   const auto height = static_cast<int>(std::lround(snapshot.size.height));
   card_.resize(panel_.width(), card_.height());
-  if (snapshot.preferredContentSize && isVisible() && eased_) return easeCardHeightTo(height);
+  // Users who want no moving pictures have turned off the animations of their desktop.
+  const bool moves = style()->styleHint(QStyle::SH_Widget_Animation_Duration, nullptr, this) > 0;
+  if (snapshot.preferredContentSize && isVisible() && eased_ && moves) return easeCardHeightTo(height);
   easing_.stop();
   setCardHeight(height);
 }
@@ -197,7 +203,7 @@ QPoint TodayWindow::placeOfPlayerMenu() const {
 }
 
 void TodayWindow::showDate() {
-  const auto today = QLocale().toString(QDate::currentDate(), "dddd, d MMMM");
+  const auto today = QLocale().toString(QDate::currentDate(), QLocale::LongFormat);
   if (today == date_.text()) return;
   auto font = fontOfSize(kDateSize);
   font.setBold(true);

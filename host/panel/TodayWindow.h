@@ -57,7 +57,7 @@ class TodayWindow final : public QWidget {
   QPoint placeOfPlayerMenu() const;
   /// Puts today's date into the heading.
   void showDate();
-  /// Changes of height are eased unless this is off.
+  /// Changes of height are eased unless this is off, or the user wants nothing to move.
   void setEased(bool eased) { eased_ = eased; }
   /// The window grows no taller than this, in pixels; more is scrolled.
   void setTallest(int height);

@@ -52,6 +52,9 @@ void describe(QWidget& widget, const ViewSnapshot& view) {
 
 WidgetPanel::WidgetPanel(QWidget* parent) : QWidget(parent) {
   makeControlsAccessible();
+  // Buttons and bars follow the run of a tape, which is the same in all languages; each text has
+  // the direction of its letters.
+  setLayoutDirection(Qt::LeftToRight);
 }
 
 void WidgetPanel::apply(const WidgetSnapshot& snapshot) {

@@ -1,5 +1,6 @@
 #include "host/program/Application.h"
 
+#include <QLocale>
 #include <QToolTip>
 
 #include "host/controls/Theme.h"
@@ -10,6 +11,7 @@ Application::Application() {
   QApplication::setApplicationName("corvella");
   QApplication::setDesktopFileName("corvella");
   QApplication::setQuitOnLastWindowClosed(false);
+  QApplication::setLayoutDirection(QLocale().textDirection());
   QToolTip::setPalette(theme::toolTipPalette());
 }
 

@@ -43,6 +43,41 @@ bool isCutJpeg(std::string_view file) {
   return scan == std::string_view::npos || file.find("\xff\xd9", scan) == std::string_view::npos;
 }
 
+/// The parts of a JPEG file that say how much work it is.
+struct JpegWork {
+  int scans = 0;
+  bool inRows = true;  ///< Its rows follow each other, so that no more than a few are in memory.
+};
+
+/// Goes through the markers of a JPEG file, each 0xff and a number, and over the segments that they
+/// begin: a segment may hold another picture, such as a small one for lists. ITU-T T.81, annex B.
+JpegWork workOfJpeg(std::string_view file) {
+  constexpr unsigned char kEndOfImage = 0xd9;
+  constexpr unsigned char kStartOfScan = 0xda;
+  const auto byteAt = [&](std::size_t at) { return static_cast<unsigned char>(file[at]); };
+  // Numbers without a segment: escaped data, private use, restarts and the start of an image.
+  const auto standsAlone = [](unsigned char marker) {
+    return marker <= 0x01 || (marker >= 0xd0 && marker <= 0xd8);
+  };
+  // The frames are 0xc0 to 0xcf, but for three tables among them; the first two are read in rows.
+  const auto isOtherFrame = [](unsigned char marker) {
+    return marker >= 0xc2 && marker <= 0xcf && marker != 0xc4 && marker != 0xc8 && marker != 0xcc;
+  };
+  JpegWork work;
+  auto at = file.find('\xff');
+  while (at < file.size() && at + 3 < file.size()) {
+    const auto marker = byteAt(at + 1);
+    if (marker == kEndOfImage) break;
+    if (marker == kStartOfScan) ++work.scans;
+    if (isOtherFrame(marker)) work.inRows = false;
+    const auto length = standsAlone(marker) ? 0U : byteAt(at + 2) * 256U + byteAt(at + 3);
+    at = file.find('\xff', at + (marker == 0xff ? 1U : 2U + length));
+  }
+  // A picture whose colours come one after the other is kept whole until the last of them.
+  if (work.scans > 1) work.inRows = false;
+  return work;
+}
+
 /// Whether a BMP file is shorter than its header says, in four bytes from byte 2 on, the lowest
 /// first.
 bool isCutBmp(std::string_view file) {
@@ -58,8 +93,9 @@ bool isPng(std::string_view file) {
   return file.starts_with("\x89PNG\r\n\x1a\n");
 }
 
-bool isTooLarge(long long width, long long height) {
-  return width * height > QtImageDecoder::kMostPixels;
+bool isTooLarge(long long width, long long height,
+                long long mostPixels = QtImageDecoder::kMostPixels) {
+  return width * height > mostPixels;
 }
 
 /// A PNG picture; null where the file is broken. Qt reads PNG files with libpng, too, but lets it
@@ -112,12 +148,15 @@ std::optional<NSDecodedImage> QtImageDecoder::decode(std::span<const std::byte> 
 
   // To find out the format by itself, Qt would load all of its plugins.
   const bool isJpeg = file.starts_with("\xff\xd8\xff");
+  const auto work = isJpeg ? workOfJpeg(file) : JpegWork{.inRows = false};
+  if (work.scans > kMostScans) return std::nullopt;
   QImageReader reader(&buffer, isJpeg ? "jpeg" : QByteArray());
   reader.setAutoDetectImageFormat(!isJpeg);
   reader.setDecideFormatFromContent(!isJpeg);
   reader.setAutoTransform(true);
   const QSize stored = reader.size();
-  if (stored.isEmpty() || isTooLarge(stored.width(), stored.height())) return std::nullopt;
+  const auto most = work.inRows ? kMostPixelsInRows : kMostPixels;
+  if (stored.isEmpty() || isTooLarge(stored.width(), stored.height(), most)) return std::nullopt;
 
   reader.setScaledSize(withinBitmapLimits(stored));
   const QImage image = reader.read().convertToFormat(QImage::Format_ARGB32_Premultiplied);

@@ -73,6 +73,7 @@ TEST_F(AnUnfoldedTodayView, LetsTheLyricsBeReadAndSelectedInParts) {
   auto* const text = QAccessible::queryAccessibleInterface(&lyrics)->textInterface();
   const auto whole = lyrics.layout().lines().text();
   EXPECT_EQ(text->text(0, text->characterCount()), whole);
+  EXPECT_EQ(text->text(4, 9), whole.mid(4, 5));
 
   text->setSelection(0, 3, 9);
   EXPECT_EQ(lyrics.selection().text(), whole.mid(3, 6));

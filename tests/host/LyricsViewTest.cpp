@@ -271,6 +271,7 @@ TEST(ReadersInput, SelectsWhatIsCopied) {
       {"Shift+Down Shift+Down", "one two three\n"},
       {"press@14 Shift+Down Shift+Up Shift+Up", "three\n"},
       {"press@5 Shift+Down Shift+Down", "line\nx\nlong ", "long line\nx\nlong line", 80},
+      {"press@4 Shift+Down press@0 Shift+Down", "aaaa\n", "aaaa\nbbbb", 300},
       {"press@12 Shift+Up", " bbbbbbbbb", "aa bbbbbbbbb", 80},
       {"press@14 Ctrl+Shift+End", "four\nאחת שתיים"},
       {"press@3 Ctrl+Shift+Home", "one"},

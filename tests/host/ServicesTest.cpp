@@ -41,20 +41,30 @@ QByteArray encoded(QSize size, const char* format, QImage::Format pixels = QImag
 }
 
 TEST(APicture, KeepsItsSizeAndGetsABitmapThatIsNotLarge) {
+  const auto expectPicture = [](const QByteArray& file, QSize size, QSize sizeOfBitmap) {
+    const auto picture = decoded(file);
+    ASSERT_TRUE(picture.has_value());
+    const auto& bitmap = picture->bitmap;
+    EXPECT_EQ(QSize(picture->width, picture->height), size);
+    ASSERT_EQ(QSize(bitmap.pixelsWide, bitmap.pixelsHigh), sizeOfBitmap);
+    const QColor last(bitmap.pixels.back());
+    EXPECT_NEAR(last.red(), 200, 3);
+    EXPECT_NEAR(last.blue(), 40, 3);
+  };
   const std::vector<std::pair<QSize, QSize>> sizes{
       {{40, 30}, {40, 30}}, {{3000, 1500}, {512, 256}}, {{5000, 1}, {512, 1}}};
-  for (const auto* format : {"PNG", "JPEG", "BMP"}) {
-    for (const auto& [size, sizeOfBitmap] : sizes) {
-      const auto picture = decoded(encoded(size, format));
-      ASSERT_TRUE(picture.has_value()) << format;
-      const auto& bitmap = picture->bitmap;
-      EXPECT_EQ(QSize(picture->width, picture->height), size) << format;
-      ASSERT_EQ(QSize(bitmap.pixelsWide, bitmap.pixelsHigh), sizeOfBitmap) << format;
-      const QColor last(bitmap.pixels.back());
-      EXPECT_NEAR(last.red(), 200, 3) << format;
-      EXPECT_NEAR(last.blue(), 40, 3) << format;
+  for (const auto* format : {"PNG", "JPEG", "BMP", "WEBP"}) {
+    SCOPED_TRACE(format);
+    for (const auto& [size, ofBitmap] : sizes) {
+      expectPicture(encoded(size, format), size, ofBitmap);
     }
   }
+  // Read row by row, a picture may be larger.
+  expectPicture(encoded({8000, 4000}, "JPEG"), {8000, 4000}, {512, 256});
+  expectPicture(
+      "<svg xmlns='http://www.w3.org/2000/svg' width='40' height='30'>"
+      "<rect width='40' height='30' fill='#c81e28'/></svg>",
+      {40, 30}, {40, 30});
 }
 
 TEST(ABrokenPicture, IsNoneAndNothingIsPrinted) {
@@ -65,6 +75,7 @@ TEST(ABrokenPicture, IsNoneAndNothingIsPrinted) {
   constexpr int kHeaderEnd = 33;
   auto flipped = png;
   flipped[flipped.size() / 2] = static_cast<char>(~flipped[flipped.size() / 2]);
+  const QByteArray scan("\xff\xda\0\2", 4);
   constexpr QSize kHuge(5'478, 5'478);  // 30,008,484 pixels
   const std::vector<std::pair<const char*, QByteArray>> rows{
       {"empty", {}},
@@ -77,6 +88,7 @@ TEST(ABrokenPicture, IsNoneAndNothingIsPrinted) {
       {"PNG without its header", png.left(kSignature) + png.mid(kHeaderEnd)},
       {"PNG without its data", png.left(kHeaderEnd) + png.right(12)},
       {"PNG with too few rows", encoded({400, 301}, "PNG").left(kHeaderEnd) + png.mid(kHeaderEnd)},
+      {"JPEG of many scans", jpeg.chopped(2) + scan.repeated(100) + jpeg.right(2)},
       {"huge PNG", encoded(kHuge, "PNG", QImage::Format_Mono)},
       {"huge BMP", encoded(kHuge, "BMP", QImage::Format_Mono)}};
   for (const auto& [name, file] : rows) {

@@ -1,6 +1,8 @@
 #include <QAction>
 #include <QApplication>
+#include <QDate>
 #include <QImage>
+#include <QLocale>
 #include <QPainter>
 #include <QSignalSpy>
 #include <QSlider>
@@ -96,6 +98,17 @@ TEST(AHeading, SaysWhoIsPlayingOrWhatIsWrong) {
   window.setNotice("No bus. " + QString(100, 'x'));
   EXPECT_TRUE(line->text().startsWith("No bus."));
   EXPECT_LE(line->geometry().right(), close->x());
+}
+
+TEST(AHeading, ReadsFromTheSideWhereItsLanguageBegins) {
+  QApplication::setLayoutDirection(Qt::RightToLeft);
+  TodayWindow window;
+  QApplication::setLayoutDirection(Qt::LeftToRight);
+  window.showDate();
+  const auto* const date = window.findChild<TextLabel*>("date");
+  EXPECT_LT(window.findChild<PushButton*>("close")->x(), date->x());
+  EXPECT_EQ(date->text(), QLocale().toString(QDate::currentDate(), QLocale::LongFormat));
+  EXPECT_EQ(window.panel().layoutDirection(), Qt::LeftToRight);
 }
 
 TEST(APanel, StandsWholeOnTheScreenAndGrowsNoFurtherThanItsEdge) {

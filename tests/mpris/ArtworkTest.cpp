@@ -32,13 +32,15 @@ TEST(AFilesStart, TellsWhetherItIsAPicture) {
   for (const auto& start :
        {"\x89PNG\r\n\x1A\n"s, "\xFF\xD8\xFF\xE0"s, "GIF89a"s, "II*\0\1\2"s, "MM\0*\1\2"s,
         "RIFF\1\2\3\4WEBPVP8 "s, "\0\0\0 ftypavif"s, "\0\0\0 ftypheic"s,
-        "BM\1\2\3\4\0\0\0\0\x36\0\0\0\x28\0\0\0"s, "\0\0\1\0\2\0\x10\x10\0\0"s}) {
+        "BM\1\2\3\4\0\0\0\0\x36\0\0\0\x28\0\0\0"s, "\0\0\1\0\2\0\x10\x10\0\0"s,
+        "<svg xmlns='http://www.w3.org/2000/svg'/>"s,
+        "\xef\xbb\xbf<?xml version='1.0'?>\n<!DOCTYPE svg>\n<svg/>"s}) {
     EXPECT_TRUE(isPicture(start)) << start;
   }
   // Among them a film, a sound, a cursor and a picture that is cut short.
-  for (const auto& start : {"<!DOCTYPE html><html>"s, "<svg xmlns='http://www.w3.org/2000/svg'/>"s,
-                            "\0\0\0 ftypisom"s, "RIFF\1\2\3\4WAVE"s, "BMW drives on the road"s,
-                            "\0\0\2\0\2\0\x10\x10\0\0"s, "\x89PNG"s, ""s}) {
+  for (const auto& start :
+       {"<!DOCTYPE html><html><svg/></html>"s, "svg"s, "\0\0\0 ftypisom"s, "RIFF\1\2\3\4WAVE"s,
+        "BMW drives on the road"s, "\0\0\2\0\2\0\x10\x10\0\0"s, "\x89PNG"s, ""s}) {
     EXPECT_FALSE(isPicture(start)) << start;
   }
 }

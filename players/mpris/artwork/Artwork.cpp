@@ -51,6 +51,24 @@ bool isHeif(std::string_view bytes) {
          std::find(kBrands.begin(), kBrands.end(), bytes.substr(8, 4)) != kBrands.end();
 }
 
+/// Whether this is a drawing in SVG: an XML text whose first element is one. Web pages may contain
+/// drawings, too.
+bool isSvg(std::span<const std::byte> bytes) {
+  constexpr std::size_t kLongestPrologue = 1024;
+  std::string text(std::min(bytes.size(), kLongestPrologue), ' ');
+  std::transform(bytes.begin(), bytes.begin() + std::ssize(text), text.begin(),
+                 [](std::byte byte) { return static_cast<char>(byte); });
+  constexpr auto kByteOrderMark = "\xef\xbb\xbf"sv;
+  const auto start = text.find_first_not_of(" \t\r\n", text.starts_with(kByteOrderMark) ? 3 : 0);
+  if (start == std::string::npos || text[start] != '<') return false;
+  for (auto at = start; at != std::string::npos; at = text.find('<', at + 1)) {
+    const auto next = at + 1 < text.size() ? text[at + 1] : '\0';
+    if (next == '?' || next == '!') continue;
+    return text.compare(at, 4, "<svg") == 0;
+  }
+  return false;
+}
+
 std::optional<std::vector<std::byte>> readAddress(std::string_view url) {
   if (hasScheme(url, "data")) return bytesOfDataUrl(url);
   if (hasScheme(url, "http") || hasScheme(url, "https"))
@@ -66,7 +84,7 @@ bool looksLikePicture(std::span<const std::byte> bytes) {
       "\x89PNG\r\n\x1A\n"sv, "\xFF\xD8\xFF"sv, "GIF87a"sv, "GIF89a"sv, "II*\0"sv, "MM\0*"sv};
   return std::any_of(kStarts.begin(), kStarts.end(),
                      [&](std::string_view start) { return head.starts_with(start); }) ||
-         isWebP(head) || isBitmap(head) || isIcon(head) || isHeif(head);
+         isWebP(head) || isBitmap(head) || isIcon(head) || isHeif(head) || isSvg(bytes);
 }
 
 std::optional<std::vector<std::byte>> readArtwork(std::string_view url) {
