@@ -35,6 +35,12 @@ class AccessibleRange final : public QAccessibleWidget, public QAccessibleValueI
   RangeWidget& range_;
 };
 
+/// A window that is no dialog and has no menu bar; Qt would tell of nothing but a container.
+class AccessibleWindow final : public QAccessibleWidget {
+ public:
+  explicit AccessibleWindow(QWidget& window) : QAccessibleWidget(&window, QAccessible::Window) {}
+};
+
 class AccessiblePicture final : public QAccessibleWidget {
  public:
   explicit AccessiblePicture(PictureView& picture)
@@ -51,6 +57,10 @@ QAccessibleInterface* makeInterface(const QString& /*className*/, QObject* objec
   }
   if (auto* const lyrics = dynamic_cast<LyricsView*>(object)) {
     return std::make_unique<AccessibleLyrics>(*lyrics).release();
+  }
+  auto* const widget = qobject_cast<QWidget*>(object);
+  if (widget != nullptr && widget->windowType() == Qt::Tool) {
+    return std::make_unique<AccessibleWindow>(*widget).release();
   }
   return nullptr;
 }

@@ -61,6 +61,9 @@ TEST_F(AnUnfoldedTodayView, TellsTheRoleTheNameAndTheValueOfEachControl) {
     const auto value = accessible->text(QAccessible::Value);
     EXPECT_TRUE(row.value.isEmpty() || value == row.value) << value.toStdString();
   }
+  auto* const frame = QAccessible::queryAccessibleInterface(&window);
+  EXPECT_EQ(frame->role(), QAccessible::Window);
+  EXPECT_EQ(frame->text(QAccessible::Name), "Corvella");
   press(Qt::Key_Space);
   EXPECT_TRUE(waitFor([&] { return find("playButton")->accessibleName() == "Play"; }));
   EXPECT_EQ(find("playButton")->toolTip(), "Play (Space)");

@@ -357,11 +357,13 @@ TEST(APictureOfTwiceThePixelsOfItsView, IsDrawnPixelByPixelAtTwiceTheScale) {
   view.display({NSImage::initWithData(std::as_bytes(std::span(file.data())), QtImageDecoder())});
 
   QImage drawn(chessboard.size(), QImage::Format_RGB32);
+  drawn.fill(Qt::red);
   drawn.setDevicePixelRatio(2);
-  view.render(&drawn);
+  view.render(&drawn, {}, {}, QWidget::DrawChildren);
   drawn.setDevicePixelRatio(1);
   const QRect withoutRoundedCorners(0, 12, 80, 56);
   EXPECT_EQ(drawn.copy(withoutRoundedCorners), chessboard.copy(withoutRoundedCorners));
+  EXPECT_EQ(drawn.pixelColor(0, 0), QColor(Qt::red));
 }
 
 }  // namespace
