@@ -1,7 +1,9 @@
 #include <QAction>
 #include <QApplication>
 #include <QDate>
+#include <QEvent>
 #include <QImage>
+#include <QList>
 #include <QLocale>
 #include <QPainter>
 #include <QSignalSpy>
@@ -207,6 +209,42 @@ TEST_F(AnOpenTodayView, LooksAgainAtAPlayerThatHasNews) {
     settle();
     EXPECT_EQ(gate.appearances(), appearances + 1);
   }
+}
+
+/// Keeps each picture of a window that comes on the screen.
+class Frames final : public QObject {
+ public:
+  explicit Frames(const QWidget& window) : window_(window) { qApp->installEventFilter(this); }
+
+  bool eventFilter(QObject* /*watched*/, QEvent* event) override {
+    // What has been painted goes to the screen at the end of this turn of the event loop.
+    if (event->type() == QEvent::Paint) QTimer::singleShot(0, this, [this] { look(); });
+    return false;
+  }
+  void look() {
+    const auto frame = TodayViewRig::onScreen(window_);
+    if (!all.contains(frame)) all.append(frame);
+  }
+
+  QList<QImage> all;
+
+ private:
+  const QWidget& window_;
+};
+
+TEST_F(AnOpenTodayView, PaintsNothingBetweenTheTwoPicturesOfAPage) {
+  window.setEased(false);
+  ASSERT_NE(unfold(), nullptr);
+  settle();
+  ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
+  Frames frames(window);
+  frames.look();
+  player.setSoundVolume(10);
+  listener->playerNews(PlayerNews::Changed);
+  ASSERT_TRUE(waitFor([&] { return find<QSlider>("soundVolume")->value() == 10; }));
+  settle();
+  EXPECT_TRUE(waitFor([&] { return frames.all.size() == 2; }));
+  EXPECT_EQ(frames.all.constLast(), onScreen(window));
 }
 
 TEST_F(AnOpenTodayView, StartsTheWidgetAnewWhenThePlayerHasLeft) {
