@@ -1,7 +1,7 @@
 #pragma once
 
 #include <algorithm>
-#include <atomic>
+#include <condition_variable>
 #include <cstddef>
 #include <memory>
 #include <mutex>
@@ -25,23 +25,31 @@ class ScriptGate final : public ScriptRunner {
   explicit ScriptGate(ScriptRunner& runner) : runner_(runner) {}
 
   std::unique_ptr<NSAppleScript> initWithSource(std::string source) override {
-    {
-      const std::lock_guard lock(mutex_);
-      scripts_.push_back(source);
-    }
+    std::unique_lock lock(mutex_);
+    scripts_.push_back(source);
     ++held_;
-    open_.wait(false);
+    mayPass_.wait(lock, [this] { return isOpen_ || passes_ > 0; });
+    if (!isOpen_) --passes_;
     --held_;
+    lock.unlock();
     return runner_.initWithSource(std::move(source));
   }
 
-  void close() { open_ = false; }
+  void close() {
+    change([this] { isOpen_ = false; });
+  }
   void open() {
-    open_ = true;
-    open_.notify_all();
+    change([this] { isOpen_ = true; });
+  }
+  /// Lets one script pass, while the gate stays closed.
+  void letOnePass() {
+    change([this] { ++passes_; });
   }
 
-  bool isHoldingScripts() const { return held_ > 0; }
+  bool isHoldingScripts() {
+    const std::lock_guard lock(mutex_);
+    return held_ > passes_;
+  }
 
   /// All scripts that have come, oldest first.
   std::vector<std::string> scripts() {
@@ -57,10 +65,19 @@ class ScriptGate final : public ScriptRunner {
   std::ptrdiff_t appearances() { return count("to running"); }
 
  private:
+  template <typename Change>
+  void change(Change change) {
+    const std::lock_guard lock(mutex_);
+    change();
+    mayPass_.notify_all();
+  }
+
   ScriptRunner& runner_;
-  std::atomic<bool> open_ = true;
-  std::atomic<int> held_ = 0;
   std::mutex mutex_;
+  std::condition_variable mayPass_;
+  bool isOpen_ = true;
+  int passes_ = 0;
+  int held_ = 0;
   std::vector<std::string> scripts_;
 };
 
