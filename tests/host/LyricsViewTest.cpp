@@ -302,7 +302,11 @@ TEST(TheLyrics, AreLaidOutAnewInAnotherFont) {
 TEST(TheLyrics, KeepTheirSelectionWhenTheyAreShownAgain) {
   const auto content = contentOf("one\u00a0two\r\nthree\u2028four");
   WholeLyrics lyrics(300, 300, content);
+  lyrics.view.show();
+  ASSERT_TRUE(QTest::qWaitForWindowExposed(&lyrics.view));
+  const auto before = TodayViewRig::onScreen(lyrics.view);
   lyrics.view.select(0, 3);
+  EXPECT_TRUE(TodayViewRig::waitFor([&] { return TodayViewRig::onScreen(lyrics.view) != before; }));
   lyrics.view.display(content);
   EXPECT_EQ(lyrics.view.selection().text(), "one");
   lyrics.view.display(contentOf("other"));
