@@ -1,20 +1,30 @@
 #include <array>
 #include <chrono>
+#include <cstddef>
+#include <filesystem>
+#include <future>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
 #include <sys/inotify.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include "platform/base/FileDescriptor.h"
+#include "players/mpris/track/TimedReads.h"
 #include "players/mpris/track/TrackFileReader.h"
+#include "tests/support/Eventually.h"
 #include "tests/support/MediaFile.h"
 
 namespace Corvella {
 namespace {
+
+using namespace std::chrono_literals;
+using namespace std::string_literals;
 
 const MediaTags kTagsWritten{.lyrics = "Größe ♫\n\n[Chorus]\nLa la",
                              .rating = "0.7",
@@ -149,6 +159,263 @@ TEST_F(RememberedTags, ServeSeveralThreadsAtOnce) {
         remember("/other", old_, "other");
       }
     });
+  }
+}
+
+class Lyrics : public testing::Test {
+ protected:
+  std::string lyrics(const std::string& playersText = "player's") {
+    return reader_.lyrics(urlOf(folder_.path() / "a%20b.mp3"), playersText);
+  }
+  void writeTrack(const std::string& text) {
+    std::filesystem::rename(makeTrack(folder_, {.lyrics = text}), folder_.path() / "a b.mp3");
+  }
+
+  TemporaryFolder folder_;
+  TrackFileReader reader_;
+};
+
+TEST_F(Lyrics, ComeFromTheTrackThenFromBesideItThenFromThePlayer) {
+  EXPECT_EQ(lyrics("[00:01]player's"), "player's");
+  folder_.write("a b.txt", "text");
+  EXPECT_EQ(lyrics(), "text");
+  folder_.write("a b.lrc", "[00:01.00]timed\n");
+  EXPECT_EQ(lyrics(), "timed\n");
+  writeTrack("[00:01]track's");
+  EXPECT_EQ(lyrics(), "track's");
+}
+
+TEST_F(Lyrics, PassOverSourcesThatSayNothingOrTooMuch) {
+  writeTrack("");
+  folder_.write("a b.lrc", "[ar:A]\r\n[00:01.00]\r\n");
+  ASSERT_EQ(::mkfifo((folder_.path() / "a b.txt").c_str(), 0600), 0);
+  EXPECT_EQ(lyrics(), "player's");
+  EXPECT_EQ(lyrics(" \n"), "");
+
+  const std::string longest(kLongestLyrics, 'x');
+  EXPECT_EQ(lyrics(longest), longest);
+  EXPECT_EQ(lyrics(longest + "x"), "");
+  folder_.write("a b.lrc", longest + "x");
+  EXPECT_EQ(lyrics(), "player's");
+}
+
+TEST(LyricsOfNoFile, AreThePlayersAndNeedNoThreadToBeReadOn) {
+  TrackFileReader reader(std::chrono::seconds(0), std::chrono::hours(1), nullptr);
+  for (const auto* url : {"", "http://a/b.mp3"}) EXPECT_EQ(reader.lyrics(url, "said"), "said");
+  for (const auto* url : {"file:///dev/zero", "file:///"}) {
+    EXPECT_EQ(TrackFileReader().lyrics(url, "said"), "said") << url;
+  }
+}
+
+/// Reads against a file system of which some addresses answer when the test lets them.
+class TimedReadsOfSlowFiles : public testing::Test {
+ protected:
+  static TimedReads::Deadline in(std::chrono::milliseconds time) {
+    return std::chrono::steady_clock::now() + time;
+  }
+  /// A read that ends when it is let go, and is given up before.
+  std::string readStuck(const std::string& address) {
+    return reads_->read(address, in(10ms), [gate = gate_] {
+      gate.wait();
+      return std::string("late");
+    });
+  }
+  std::string readSound(const std::string& address) {
+    return reads_->read(address, in(1h), [] { return std::string("sound"); });
+  }
+  void letGo() { open_.set_value(); }
+
+  std::promise<void> open_;
+  std::shared_future<void> gate_ = open_.get_future().share();
+  std::shared_ptr<TimedReads> reads_ = std::make_shared<TimedReads>();
+};
+
+TEST_F(TimedReadsOfSlowFiles, GiveUpTheStuckFileAndNoOther) {
+  EXPECT_EQ(readStuck("/stuck"), "");
+  EXPECT_EQ(readSound("/stuck"), "");
+  EXPECT_EQ(readSound("/other"), "sound");
+
+  letGo();
+  EXPECT_TRUE(eventually([this] { return readSound("/stuck") == "sound"; }));
+}
+
+TEST_F(TimedReadsOfSlowFiles, KeepNoMoreThanAFewStuckThreads) {
+  for (std::size_t file = 0; file < TimedReads::kMostGivenUp; ++file) {
+    EXPECT_EQ(readSound("/other"), "sound") << file;
+    readStuck("/" + std::to_string(file));
+  }
+  EXPECT_EQ(readSound("/other"), "");
+
+  letGo();
+  EXPECT_TRUE(eventually([this] { return readSound("/other") == "sound"; }));
+}
+
+TEST_F(TimedReadsOfSlowFiles, EndWithoutWaitingForWhatIsStuck) {
+  auto owned = std::make_shared<int>(7);
+  const std::weak_ptr<int> used = owned;
+  reads_->read("/stuck", in(10ms), [gate = gate_, owned = std::move(owned)] {
+    gate.wait();
+    return *owned;
+  });
+
+  reads_.reset();
+
+  letGo();
+  EXPECT_TRUE(eventually([&] { return used.expired(); }));
+}
+
+TEST_F(TimedReadsOfSlowFiles, TakeAFailureForAnEmptyFile) {
+  const auto fail = []() -> std::string { throw std::runtime_error("no memory"); };
+  EXPECT_EQ(reads_->read("/broken", in(1h), fail), "");
+  EXPECT_EQ(readSound("/broken"), "sound");
+}
+
+TEST_F(TimedReadsOfSlowFiles, LeaveATrackWithWhatItsPlayerSays) {
+  const TemporaryFolder folders[2];
+  const auto stuck = urlOf(makeTrack(folders[0], {"La", "0.7", pictureBytes("a")}));
+  const auto sound = urlOf(makeTrack(folders[1], {"Lu", "0.2", pictureBytes("b")}));
+  TrackFileReader reader(0s, 1h, reads_);
+  readStuck(stuck);
+
+  EXPECT_EQ(reader.tags(stuck, "said").lyrics, "said");
+  EXPECT_EQ(reader.tags(stuck).rating, std::nullopt);
+  EXPECT_EQ(reader.picture(stuck), std::nullopt);
+  EXPECT_EQ(reader.tags(sound).rating, 20);
+  // A picture file that is stuck leaves the picture in the track.
+  EXPECT_EQ(textOf(reader.picture(sound, stuck)), pictureBytes("b"));
+
+  letGo();
+  EXPECT_TRUE(eventually([&] { return reader.lyrics(stuck, "said") == "La"; }));
+}
+
+TEST_F(TimedReadsOfSlowFiles, WaitForTheSameFileUntilTheDeadlineOfTheirScript) {
+  const TemporaryFolder folder;
+  const auto track = urlOf(makeTrack(folder, {"", "", pictureBytes("a")}));
+  // A read that has begun, takes until it is let go and has all the time that it needs.
+  std::promise<void> begun;
+  auto slow = std::async(std::launch::async, [&] {
+    return reads_->read("/cover", in(1h), [&] {
+      begun.set_value();
+      gate_.wait();
+      return std::string("slow");
+    });
+  });
+  begun.get_future().wait();
+
+  // The time is used up by the cover, although the track itself could be read.
+  EXPECT_EQ(TrackFileReader(0s, 10ms, reads_).picture(track, "/cover"), std::nullopt);
+  // A read that nobody has time for is not begun, so the track is not taken for stuck.
+  EXPECT_EQ(textOf(TrackFileReader(0s, 1h, reads_).picture(track)), pictureBytes("a"));
+
+  letGo();
+  EXPECT_EQ(slow.get(), "slow");
+}
+
+std::string bigEndian(std::size_t number, unsigned bits = 8) {
+  std::string bytes;
+  for (unsigned index = 4; index-- > 0;) {
+    bytes += static_cast<char>(number >> index * bits & ((1U << bits) - 1));
+  }
+  return bytes;
+}
+
+/// A frame of ID3v2.3.
+std::string frame(const std::string& name, const std::string& content,
+                  const std::string& flags = "\0\0"s) {
+  return name + bigEndian(content.size()) + flags + content;
+}
+
+std::string lyrics(const std::string& text = "La") {
+  return frame("USLT", "\0eng\0"s + text);
+}
+
+/// Chapter frames, each of which holds the next.
+std::string nestedChapters(int depth, const std::string& name = "CHAP") {
+  // A table of contents has a name, two bytes and no entries before the frames in it.
+  const std::string start = name == "CHAP" ? "a\0"s + std::string(16, '\0') : "a\0\0\0"s;
+  std::string frames;
+  for (int level = depth; level > 0; --level) {
+    const auto size = static_cast<std::size_t>(level) * (10 + start.size()) - 10;
+    frames += name + bigEndian(size) + "\0\0"s + start;
+  }
+  return frames;
+}
+
+/// An ID3v2.3 tag with these flags.
+std::string tag(const std::string& frames, char flags = '\0') {
+  return "ID3\3\0"s + flags + bigEndian(frames.size(), 7) + frames;
+}
+
+std::string sound(const std::string& tag) {
+  const std::string silence = "\xFF\xFB\x90\x00"s + std::string(413, '\0');
+  return tag + silence + silence;
+}
+
+/// A WAV file with a chunk that calls itself a tag.
+std::string wave(const std::string& tag) {
+  const auto chunk = [](const std::string& name, const std::string& content) {
+    const auto size = bigEndian(content.size());
+    return name + std::string(size.rbegin(), size.rend()) + content;
+  };
+  return chunk("RIFF", "WAVE" + chunk("fmt ", std::string(16, '\0')) + chunk("id3 ", tag));
+}
+
+/// An MP4 file in which each box holds the next.
+std::string nestedBoxes(int depth) {
+  std::string boxes = bigEndian(16) + "ftypM4A \0\0\0\0"s;
+  for (int level = depth; level > 0; --level) {
+    boxes += bigEndian(static_cast<std::size_t>(level) * 8) + "moov";
+  }
+  return boxes;
+}
+
+std::string repeated(int count, const std::string& text) {
+  std::string all;
+  for (int index = 0; index < count; ++index) all += text;
+  return all;
+}
+
+// The size of the frame does not count the byte that spreads it.
+const std::string kSpreadFrame = "PRIV" + bigEndian(2) + "\0\0\xFF\0\xE0"s;
+const std::string kExtendedHeader = bigEndian(10) + std::string(6, '\0');
+// What follows the size is "\0eng\0La", deflated.
+const std::string kCompressedLyrics = frame(
+    "USLT", bigEndian(7) + "\x78\x9C\x63\x48\xCD\x4B\x67\xF0\x49\4\0\7\x20\1\xE8"s, "\0\x80"s);
+// TagLib takes the size of an extended header off the end of the frames, too.
+const std::string kPadding(20, '\0');
+const std::string kLongest(kLongestLyrics, 'x');
+
+struct HostileRow {
+  const char* name;
+  std::string content;
+  std::string lyrics;
+};
+
+TEST(AHostileTrack, SaysNoMoreThanIsSafeToRead) {
+  const TemporaryFolder folder;
+  const std::vector<HostileRow> rows{
+      {"DeepBoxes", nestedBoxes(200'000), ""},
+      {"DeepChapters", sound(tag(nestedChapters(100'000) + lyrics())), "La"},
+      {"DeepContents", sound(tag(nestedChapters(100'000, "CTOC") + lyrics())), "La"},
+      {"SpreadBytes", sound(tag(kSpreadFrame + lyrics(), '\x80')), "La"},
+      {"DeepChaptersInSpreadBytes",
+       sound(tag(kSpreadFrame + nestedChapters(100'000) + lyrics(), '\x80')), ""},
+      {"Compressed", sound(tag(kCompressedLyrics)), ""},
+      {"CompressedBehindAnExtendedHeader",
+       sound(tag(kExtendedHeader + kCompressedLyrics + kPadding, '\x40')), ""},
+      {"PlainBehindAnExtendedHeader", sound(tag(kExtendedHeader + lyrics() + kPadding, '\x40')),
+       "La"},
+      {"CompressedInAChunkWithoutMark", wave("XXX" + tag(kCompressedLyrics).substr(3)), ""},
+      {"PlainInAChunk", wave(tag(lyrics())), "La"},
+      {"ManyFrames", sound(tag(repeated(9'999, frame("PRIV", "a")) + lyrics())), "La"},
+      {"TooManyFrames", sound(tag(repeated(10'000, frame("PRIV", "a")) + lyrics())), ""},
+      {"PaddingThatLooksLikeFrames", sound(tag(lyrics() + kPadding + kCompressedLyrics)), "La"},
+      {"ALargeTag", sound(tag(lyrics() + std::string(15U << 20U, '\0'))), "La"},
+      {"ATooLargeTag", sound(tag(lyrics() + std::string(16U << 20U, '\0'))), ""},
+      {"LongLyrics", sound(tag(lyrics(kLongest))), kLongest},
+      {"TooLongLyrics", sound(tag(lyrics(kLongest + "x"))), ""}};
+  for (const auto& [name, content, lyrics] : rows) {
+    EXPECT_EQ(TrackFileReader().tags(urlOf(folder.write("track", content))).lyrics, lyrics) << name;
   }
 }
 

@@ -16,7 +16,6 @@
 #include "platform/dispatch/GlobalQueue.h"
 #include "platform/dispatch/RunLoop.h"
 #include "platform/foundation/NSTimer.h"
-#include "tests/support/AtItsEnd.h"
 #include "tests/support/Eventually.h"
 #include "tests/support/ManualClock.h"
 
@@ -27,6 +26,11 @@ using namespace std::chrono_literals;
 using std::chrono::milliseconds;
 using testing::ElementsAre;
 using Seconds = std::chrono::duration<double>;
+
+/// Something that does one thing when it is destroyed.
+std::shared_ptr<void> atItsEnd(std::function<void()> action) {
+  return {nullptr, [action = std::move(action)](void*) { action(); }};
+}
 
 constexpr int blocksOfAThread = 500;
 
