@@ -1,3 +1,4 @@
+#include <array>
 #include <cmath>
 #include <cstdint>
 #include <functional>
@@ -5,6 +6,7 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -12,13 +14,20 @@
 
 #include "platform/appkit/NSButton.h"
 #include "platform/appkit/NSLevelIndicator.h"
+#include "platform/appkit/NSNibLoader.h"
 #include "platform/appkit/NSProgressIndicator.h"
 #include "platform/appkit/NSSlider.h"
 #include "platform/appkit/NSTextField.h"
 #include "platform/appkit/NSTextView.h"
+#include "platform/foundation/NSClassRegistry.h"
+#include "platform/notification_center/NSExtensionMain.h"
 #include "tests/support/InterfaceElement.h"
+#include "tests/support/RecordingOwner.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace {
+
+using testing::ThrowsMessage;
 
 constexpr auto most = std::numeric_limits<std::int64_t>::max();
 constexpr auto least = std::numeric_limits<std::int64_t>::min();
@@ -179,8 +188,8 @@ TEST_F(AViewOfAnInterfaceFile, TakesItsPlaceStateRangeAndValueAndRefusesWhatIsNo
   EXPECT_EQ(indicator.integerValue(), 5);
   for (const std::string text : {"", "12pt", "inf", "nan", "1e999", "-1"}) {
     frame.encodeString("width", text);
-    EXPECT_THAT([&] { NSButton{coder}; }, testing::ThrowsMessage<std::runtime_error>(
-                                              "Some.xib:8: width cannot be '" + text + "'"));
+    EXPECT_THAT([&] { NSButton{coder}; },
+                ThrowsMessage<std::runtime_error>("Some.xib:8: width cannot be '" + text + "'"));
   }
 }
 
@@ -244,6 +253,180 @@ TEST_F(AViewOfAnInterfaceFile, MeasuresItsTextWhenAskedAndOnceUntilTextFontOrWid
     EXPECT_EQ(measurer.measurements, before + measurements);
     EXPECT_EQ(layoutManager.usedRectForTextContainer(container).size.height,
               lines * FixedTextMeasurer::lineHeight);
+  }
+}
+
+constexpr std::string_view interface =
+    R"(<document type="com.apple.InterfaceBuilder3.Cocoa.XIB" version="3.0"><objects>
+<customObject id="-2" customClass="Owner" customModule="Tests"><connections>
+<outlet property="view" destination="root" id="o1"/>
+<outlet property="button" destination="go" id="o2"/>
+</connections></customObject><customView identifier="root" id="root" customClass="Waking">
+<rect key="frame" x="1" y="2" width="3" height="4"/><subviews>
+<button id="go"><rect key="frame" x="5" y="6" width="7" height="8"/><buttonCell key="cell"/>
+<connections><action selector="go:" target="-2" id="a"/></connections></button>
+<slider id="slider"><rect key="frame" x="1" y="2" width="3" height="4"/>
+<sliderCell key="cell" maxValue="5"/></slider>
+</subviews></customView></objects></document>)";
+
+/// The interface with its first `old` replaced.
+std::string interfaceWith(std::string_view old, std::string_view replacement) {
+  std::string changed(interface);
+  return changed.replace(changed.find(old), old.size(), replacement);
+}
+
+class AnInterfaceFile : public testing::Test, protected InterfaceElement {
+ protected:
+  /// Writes down when it wakes up.
+  struct WakingView final : NSView {
+    WakingView(const NSCoder& element, std::vector<std::string>& log)
+        : NSView(element), events(log) {}
+    void awakeFromNib() override { events.push_back(identifier() + " awake"); }
+
+    std::vector<std::string>& events;
+  };
+
+  AnInterfaceFile() {
+    const auto waking = [this](const auto& element) {
+      return std::make_shared<WakingView>(element, owner_.events);
+    };
+    classes_.registerClass("Waking", {nullptr, waking, nullptr});
+    classes_.registerClass("Tests.Owner", NSClass::initialised<RecordingOwner>(nullptr));
+    classes_.registerClass("Tests.Other", NSClass::decoded<NSView>());
+  }
+
+  Corvella::TemporaryFolder folder_;
+  std::shared_ptr<const NSBundle> bundle_ = std::make_shared<NSBundle>(folder_.path());
+  NSClassRegistry classes_;
+  NSNibLoader loader_{*bundle_, {classes_, measurer, fonts}};
+  RecordingOwner owner_{loader_, "Some", nullptr};
+};
+
+TEST_F(AnInterfaceFile, IsLoadedOnceAndWakesItsObjectsWhenAllAreConnectedAndTheOwnerLast) {
+  folder_.write("Some.xib", interface);
+  for (int i = 0; i < 2; ++i) EXPECT_EQ(owner_.view()->frame(), NSMakeRect(1, 2, 3, 4));
+  EXPECT_THAT(owner_.events, testing::ElementsAre("action go:", "outlet button", "outlet view",
+                                                  "root awake", "owner awake"));
+  EXPECT_EQ(owner_.view()->subviews().size(), 2U);
+  EXPECT_EQ(owner_.outlets["button"], owner_.view()->subviews()[0]);
+}
+
+TEST_F(AnInterfaceFile, IsLookedForInTheOwnersBundleAndElseInTheMainOne) {
+  const NSBundle elsewhere("");
+  const NSNibLoader loader(elsewhere, {classes_, measurer, fonts});
+  folder_.write("Some.xib", interface);
+  EXPECT_NE(RecordingOwner(loader, "Some", bundle_).view(), nullptr);
+  EXPECT_THAT([&] { RecordingOwner(loader, "Some", nullptr).view(); },
+              ThrowsMessage<std::runtime_error>("Some.xib: the interface file cannot be read"));
+}
+
+TEST_F(AnInterfaceFile, WithAFaultLeavesNoViewAndIsRefusedWithFileLineAndName) {
+  std::string deep;
+  for (int i = 0; i < 1000; ++i) deep += "<customView id=\"" + std::to_string(i) + "\"><subviews>";
+  for (int i = 0; i < 1000; ++i) deep += "</subviews></customView>";
+  deep += "</subviews>";
+  const std::vector<std::array<std::string_view, 3>> rows{
+      {interface, "", "1: No document element found"},
+      {"</slider>", "\n</silder>", "11: Start-end tags mismatch"},
+      {"3.0", "2.0", "1: no interface file of the known type and version 'document'"},
+
+      {"<slider id", "<popUpButton/><slider id", "9: unknown in <subviews> 'popUpButton'"},
+      {"<sliderCell", "<buttonCell", "10: unknown in <slider> 'buttonCell'"},
+      {"<buttonCell", "buttonCell<buttonCell", "7: unknown in <button> 'buttonCell'"},
+      {"</subviews>", deep, "11: elements too deep within each other 'customView'"},
+      {R"(key="cell")", R"(key="knob")", "7: unknown key 'knob'"},
+      {R"(<buttonCell)", R"(<rect key="frame"/><buttonCell)", "7: a second 'frame'"},
+      {R"(<slider id="slider")", R"(<slider id="o1")", "9: a second id 'o1'"},
+
+      {R"(<slider id="slider")", "<slider", "9: an element without its 'id'"},
+      {R"( height="8")", "", "7: an element without its 'height'"},
+      {R"( property="button")", "", "4: an element without its 'property'"},
+
+      {R"("Waking")", R"("Gone")", "5: no class for the element 'Gone'"},
+      {R"("Waking")", R"("Owner" customModule="Tests")",
+       "5: no class for the element 'Tests.Owner'"},
+      {"<button", R"(<button customClass="Waking")", "7: no class for the element 'Waking'"},
+      {R"(<buttonCell)", R"(<buttonCell customClass="Waking")",
+       "7: no class for the element 'Waking'"},
+      {R"("Owner")", R"("Nobody")", "2: no class for the element 'Tests.Nobody'"},
+      {R"("Owner")", R"("Other")", "2: no class for the element 'Tests.Other'"},
+      {R"(id="-2")", R"(id="-4")", "2: no class for the element 'Tests.Owner'"},
+
+      {R"("button")", R"("nonesuch")",
+       "4: the owner has no such outlet for that object 'nonesuch'"},
+      {R"("go" id)", R"("gone" id)", "4: no object has the id 'gone'"},
+      {R"("go" id)", R"("-2" id)", "4: no object has the id '-2'"},
+      {R"("button")", R"("view")", "4: a second 'view'"},
+      {R"(<action selector="go:" target="-2")", R"(<outlet property="button" destination="go")",
+       "8: not an outlet of the owner 'button'"},
+      {R"("go:")", R"("nonesuch")", "8: the owner has no such action for that object 'nonesuch'"},
+      {R"(target="-2")", R"(target="-1")", "8: not the owner, so no target '-1'"},
+      {"<action", R"(<action selector="go:" target="-2" id="b"/><action)",
+       "8: one of several actions 'go:'"},
+      {"</connections></customObject>",
+       R"(<action selector="go:" target="-2" id="b"/></connections></customObject>)",
+       "5: the owner has no such action for that object 'go:'"}};
+  const auto path = (folder_.path() / "Some.xib").string();
+  for (const auto& [old, replacement, error] : rows) {
+    folder_.write("Some.xib", interfaceWith(old, replacement));
+    RecordingOwner owner(loader_, "Some", nullptr);
+    EXPECT_THAT([&] { owner.view(); },
+                ThrowsMessage<std::runtime_error>(path + ":" + std::string(error)));
+    EXPECT_FALSE(owner.isViewLoaded());
+  }
+  folder_.write("Some.xib", interfaceWith(R"("view")", R"("another")"));
+  EXPECT_THAT([&] { owner_.view(); },
+              ThrowsMessage<std::runtime_error>("Some: the file connects no view to its owner"));
+}
+
+TEST_F(AnInterfaceFile, HasAnOwnerThatTellsTheHostOfEachNewPreferredSizeOnce) {
+  std::vector<NSSize> told;
+  owner_.setPreferredContentSizeObserver([&](NSSize size) {
+    EXPECT_EQ(owner_.preferredContentSize(), size);
+    told.push_back(size);
+  });
+  for (const double height : {285.0, 285.0, std::numeric_limits<double>::infinity(), -1.0}) {
+    owner_.setPreferredContentSize({.width = 320, .height = height});
+  }
+  EXPECT_EQ(told, (std::vector<NSSize>{{.width = 320, .height = 285}, {.width = 320}}));
+}
+
+/// The property list of an extension with that element as its principal class.
+std::string listWith(const std::string& principal,
+                     const std::string& point = "com.apple.widget-extension") {
+  return "<plist><dict><key>NSExtension</key><dict><key>NSExtensionPointIdentifier</key><string>" +
+         point + "</string><key>NSExtensionPrincipalClass</key>" + principal +
+         "</dict></dict></plist>";
+}
+
+using AnExtension = AnInterfaceFile;
+
+TEST_F(AnExtension, IsRefusedWithTheNameOfItsPropertyListAndTheFault) {
+  const auto noWidget = [this] { return std::make_shared<NSViewController>(loader_); };
+  classes_.registerClass("NoWidget", NSClass::initialised<NSViewController>(noWidget));
+  const std::vector<std::pair<std::string, std::string>> rows{
+      {"", "No document element found"},
+      {"<plist/>", "no property list inside"},
+      {"<other><true/></other>", "no property list inside"},
+      {"<plist><dict><true/></dict></plist>", "a value without a key"},
+      {"<plist><dict><key>k</key></dict></plist>", "no value for the key k"},
+      {"<plist><date>2020</date></plist>", "unknown kind of value <date>"},
+      {"<plist><dict/></plist>", "NSExtension has no text 'NSExtensionPointIdentifier'"},
+      {"<plist><true/></plist>", "NSExtension has no text 'NSExtensionPointIdentifier'"},
+      {listWith("<string/>", "com.apple.share-services"),
+       "unknown extension point 'com.apple.share-services'"},
+      {listWith("<true/>"), "NSExtension has no text 'NSExtensionPrincipalClass'"},
+      {listWith("<string>Gone</string>"), "unknown principal class 'Gone'"},
+      // Objects of this class are created by interface files only.
+      {listWith("<string>Tests.Other</string>"), "unknown principal class 'Tests.Other'"},
+      {listWith("<string>NoWidget</string>"),
+       "the principal class is not a widget's view controller 'NoWidget'"}};
+  const auto start = [&] { NSExtensionMain(*bundle_, classes_); };
+  const auto path = (folder_.path() / "Info.plist").string();
+  EXPECT_THAT(start, ThrowsMessage<std::runtime_error>(path + ": cannot be read"));
+  for (const auto& [list, fault] : rows) {
+    folder_.write("Info.plist", list);
+    EXPECT_THAT(start, ThrowsMessage<std::runtime_error>(path + ": " + fault)) << list;
   }
 }
 
