@@ -11,8 +11,7 @@ constexpr std::chrono::seconds longestWait{60};
 
 /// Waits until `condition()` holds; false when it never does. The one place where tests wait for
 /// another process.
-template <typename Condition>
-bool eventually(Condition condition) {
+bool eventually(auto condition) {
   const auto end = std::chrono::steady_clock::now() + longestWait;
   while (!condition()) {
     if (std::chrono::steady_clock::now() >= end) return false;

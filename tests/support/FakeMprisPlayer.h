@@ -155,7 +155,6 @@ class FakeMprisPlayer {
   }
 
  private:
-  static constexpr std::string_view kRoot = "org.mpris.MediaPlayer2";
   static constexpr auto kIdentity = "Identity";
 
   struct Request {
@@ -207,7 +206,8 @@ class FakeMprisPlayer {
     calls_.push_back(name);
     vanishing_ = name == behaviour_.vanishesDuring;
     if (vanishing_) return;
-    waiting_.push_back({BusMessage(sd_bus_message_ref(call)), name, property, interface == kRoot});
+    const bool ofRoot = interface == std::string_view("org.mpris.MediaPlayer2");
+    waiting_.push_back({BusMessage(sd_bus_message_ref(call)), name, property, ofRoot});
   }
   void answerWaiting() {
     if (!bus_ || behaviour_.hangs) return;

@@ -34,7 +34,7 @@ struct MediaTags {
   std::vector<int> popularities{};  ///< Those of ID3, so in an mp3 only.
 };
 
-/// Bytes that start like a PNG file, with `note` behind.
+/// Bytes that start like a PNG file, with `note` behind, and none of which is 0.
 inline std::string pictureBytes(const std::string& note) {
   return "\x89PNG\r\n\x1A\n" + note;
 }
@@ -44,20 +44,15 @@ inline TagLib::StringList tagText(const std::string& text) {
 }
 
 /// Has `add` take over the two pictures: FLAC::Picture or AttachedPictureFrame.
-template <typename Picture, typename Add>
-void addPictures(const std::string& cover, Add add) {
+template <typename Picture, typename Set, typename Add>
+void addPictures(const std::string& cover, Set setBytes, Add add) {
   if (cover.empty()) return;
   for (const auto type : {Picture::Artist, Picture::FrontCover}) {
     const auto bytes = type == Picture::FrontCover ? cover : pictureBytes("artist");
-    const TagLib::ByteVector data(bytes.data(), static_cast<unsigned>(bytes.size()));
     auto picture = std::make_unique<Picture>();
     picture->setType(type);
     picture->setMimeType("image/png");
-    if constexpr (requires { picture->setPicture(data); }) {
-      picture->setPicture(data);
-    } else {
-      picture->setData(data);
-    }
+    (*picture.*setBytes)(bytes.c_str());
     add(picture.release());
   }
 }
@@ -66,7 +61,7 @@ inline void replaceFrames(TagLib::ID3v2::Tag& tag, const MediaTags& tags) {
   tag.removeFrames("APIC");
   tag.removeFrames("POPM");
   using Picture = TagLib::ID3v2::AttachedPictureFrame;
-  addPictures<Picture>(tags.cover, [&](Picture* picture) { tag.addFrame(picture); });
+  addPictures<Picture>(tags.cover, &Picture::setPicture, [&](auto* one) { tag.addFrame(one); });
   for (const int popularity : tags.popularities) {
     auto frame = std::make_unique<TagLib::ID3v2::PopularimeterFrame>();
     frame->setEmail(std::to_string(popularity));
@@ -92,17 +87,17 @@ inline void writeTags(const std::filesystem::path& path, const MediaTags& tags) 
     replaceFrames(*mpeg->ID3v2Tag(true), tags);
   } else if (auto* flac = dynamic_cast<TagLib::FLAC::File*>(&file)) {
     flac->removePictures();
-    addPictures<Picture>(tags.cover, [&](Picture* picture) { flac->addPicture(picture); });
+    addPictures<Picture>(tags.cover, &Picture::setData, [&](auto* one) { flac->addPicture(one); });
   } else if (auto* xiph = dynamic_cast<TagLib::Ogg::XiphComment*>(file.tag())) {
     xiph->removeAllPictures();
-    addPictures<Picture>(tags.cover, [&](Picture* picture) { xiph->addPicture(picture); });
+    addPictures<Picture>(tags.cover, &Picture::setData, [&](auto* one) { xiph->addPicture(one); });
   } else if (auto* mp4 = dynamic_cast<TagLib::MP4::Tag*>(file.tag())) {
     constexpr auto rating = "----:com.apple.iTunes:FMPS_Rating";
     mp4->removeItem("covr");
     mp4->removeItem(rating);
     if (!tags.cover.empty()) {
-      const TagLib::ByteVector cover(tags.cover.data(), static_cast<unsigned>(tags.cover.size()));
-      mp4->setItem("covr", TagLib::MP4::CoverArtList().append({TagLib::MP4::CoverArt::PNG, cover}));
+      const TagLib::MP4::CoverArt cover(TagLib::MP4::CoverArt::PNG, tags.cover.c_str());
+      mp4->setItem("covr", TagLib::MP4::CoverArtList().append(cover));
     }
     if (!tags.rating.empty()) mp4->setItem(rating, tagText(tags.rating));
   }

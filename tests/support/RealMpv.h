@@ -45,13 +45,9 @@ class RealMpv {
 
  private:
   static std::vector<std::string> commandFor(const Options& options) {
-    std::vector<std::string> command{"mpv",
-                                     "--no-config",
-                                     "--idle=yes",
-                                     "--no-video",
-                                     "--ao=null",
-                                     "--no-terminal",
-                                     "--script=/usr/lib/mpv-mpris/mpris.so"};
+    std::vector<std::string> command{"mpv",        "--no-config", "--idle=yes",
+                                     "--no-video", "--ao=null",   "--no-terminal"};
+    command.emplace_back("--script=/usr/lib/mpv-mpris/mpris.so");
     if (options.paused) command.emplace_back("--pause");
     command.insert(command.end(), options.files.begin(), options.files.end());
     return command;

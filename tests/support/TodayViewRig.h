@@ -55,8 +55,7 @@ class TodayViewRig : public HostParts {
   }
 
   /// Lets the application run until the condition holds; false when it never does.
-  template <typename Condition>
-  static bool waitFor(Condition condition) {
+  static bool waitFor(auto condition) {
     return QTest::qWaitFor(condition, longestWait / std::chrono::milliseconds{1});
   }
 
