@@ -220,7 +220,7 @@ TEST(AState, IsKnownInAnyCaseAndOtherwiseStopped) {
 
 TEST(ATrack, TakesItsTextsFromWhateverTypeAPlayerSends) {
   const auto track = metadataOf({{"xesam:title", {INT64_C(1999)}},
-                                 {"xesam:artist", {Texts{"", "One", "Two"}}},
+                                 {"xesam:artist", {Texts{"One", "", "Two"}}},
                                  {"xesam:album", {UINT64_C(7)}},
                                  {"xesam:userRating", {INT64_C(4)}},
                                  {"mpris:artUrl", {1.0}}});

@@ -174,6 +174,7 @@ class Lyrics : public testing::Test {
 
 TEST_F(Lyrics, ComeFromTheTrackThenFromBesideItThenFromThePlayer) {
   EXPECT_EQ(lyrics("[00:01]player's"), "player's");
+  folder_.write("a b.lrc", "\n");
   folder_.write("a b.txt", "text");
   EXPECT_EQ(lyrics(), "text");
   folder_.write("a b.lrc", "[00:01.00]timed\n");
@@ -197,8 +198,7 @@ TEST_F(Lyrics, PassOverSourcesThatSayNothingOrTooMuch) {
 }
 
 TEST(LyricsOfNoFile, AreThePlayersAndNeedNoThreadToBeReadOn) {
-  TrackFileReader reader(0s, 1h, nullptr);
-  for (const auto* url : {"", "http://a/b.mp3"}) EXPECT_EQ(reader.lyrics(url, "said"), "said");
+  EXPECT_EQ(TrackFileReader(0s, 1h, nullptr).lyrics("http://a/b.mp3", "said"), "said");
 }
 
 /// Reads against a file system of which some addresses answer when the test lets them.
