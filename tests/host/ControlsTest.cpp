@@ -255,9 +255,7 @@ TEST(EachControl, IsPaintedInTheColoursOfWhatItShows) {
   const QPoint left(20, 12);
   const QPoint thumb(57, 12);
   const QPoint right(90, 12);
-  const std::vector<Sample> usual{
-      {left, theme::accent()}, {thumb, theme::text()}, {right, theme::groove()}};
-  expectColors(slider, usual);
+  expectColors(slider, {{left, theme::accent()}, {thumb, theme::text()}, {right, theme::groove()}});
   slider.setEnabled(false);
   expectColors(
       slider,

@@ -154,12 +154,8 @@ class RandomMpv {
   explicit RandomMpv(const std::string& address) : address_(address) {
     for (const std::string number : {"1", "2", "3"}) {
       files_.push_back(folder_.path() / (number + ".flac"));
-      makeTrack(files_.back(), {.title = "Song " + number,
-                                .artist = "Artist " + number,
-                                .album = "Album",
-                                .lyrics = "",
-                                .cover = CORVELLA_RESOURCES "/covers/harbour.png",
-                                .seconds = 600});
+      const std::string cover = CORVELLA_RESOURCES "/covers/harbour.png";
+      makeTrack(files_.back(), {"Song " + number, "Artist", "Album", "", cover, 600});
     }
     start();
   }
@@ -167,22 +163,20 @@ class RandomMpv {
   std::string step() {
     if (!mpv_) return start(), "starts";
     if (std::exchange(hangs_, false)) return mpv_->send(SIGCONT), "goes on";
-    switch (random_() % 10) {
+    switch (random_() % 7) {
       case 0:
         hangs_ = true;
         return mpv_->send(SIGSTOP), "hangs";
       case 1:
         return mpv_.reset(), "is killed";
       case 2:
-      case 3:
         volume_ = static_cast<int>(random_() % 101);
         return seen_.setSoundVolume(volume_), "gets another volume";
-      case 4:
+      case 3:
         return seen_.perform(PlaybackRequest::Previous), "goes back";
-      case 5:
-      case 6:
+      case 4:
         return seen_.perform(PlaybackRequest::Next), "goes to the next track";
-      case 7:
+      case 5:
         return seen_.perform(PlaybackRequest::Play), "plays";
       default:
         return seen_.perform(PlaybackRequest::Pause), "pauses";

@@ -155,11 +155,18 @@ TEST_F(ARoster, TellsTheNewsOfTheCurrentPlayer) {
   }
 }
 
+TEST(PropertyMaps, AreEqualWhereTheyListTheSame) {
+  const auto ofVolume = [](double volume) { return PropertyMap({{"Volume", {volume}}}); };
+  EXPECT_TRUE(ofVolume(0.5) == ofVolume(0.5) && !(ofVolume(0.5) == ofVolume(0.6)));
+}
+
 TEST_F(ARoster, IgnoresNewsOfStrangers) {
   change(":9", "PlaybackStatus", {"Playing"});
   roster_->learn(":9", PlayerState::Playing);
   roster_->learn(":9", PlayerAbilities());
   roster_->playerAnswered(":9", nullptr);
+  roster_->propertiesListed(":9", PropertyMap());
+  roster_->identityListed(":9", PropertyMap());
   EXPECT_FALSE(roster_->fellSilent(":9"));
   EXPECT_EQ(chosen(), "");
 }
@@ -180,7 +187,10 @@ TEST_F(ARoster, PutsASilentPlayerLastUntilAProbeIsAnswered) {
 
 TEST_F(ARoster, LearnsAbilitiesAnewWhenAPropertyTurnsUp) {
   appear("a", ":1", "Playing");
+  EXPECT_EQ(chosen(), ":1");
   roster_->learn(":1", PlayerAbilities{.listsVolume = true, .listsRating = false});
+  EXPECT_TRUE(roster_->currentDescription().keepsVolume);
+  EXPECT_FALSE(roster_->currentDescription().keepsRating);
   change(":1", "Metadata", {});
   EXPECT_TRUE(roster_->current()->abilities.has_value());
   change(":1", "Rating", {0.5});

@@ -200,9 +200,9 @@ TEST(AVolume, IsRoundedToTheScaleAndFullWhereThereIsNone) {
 }
 
 TEST(ARating, IsBroughtToPointsFromTheScaleItIsOn) {
-  const std::vector<std::pair<double, int>> rows{{0, 0},    {0.8, 80},   {1, 100}, {2, 40},
-                                                 {4.5, 90}, {5, 100},    {7, 70},  {10, 100},
-                                                 {80, 80},  {1000, 100}, {-1, 0}};
+  const std::vector<std::pair<double, int>> rows{{0, 0},    {0.8, 80}, {1, 100},    {2, 40},
+                                                 {4.5, 90}, {5, 100},  {5.5, 55},   {7, 70},
+                                                 {10, 100}, {80, 80},  {1000, 100}, {-1, 0}};
   for (const auto& [rating, points] : rows) EXPECT_EQ(ratingPoints(rating), points) << rating;
 }
 
@@ -242,7 +242,7 @@ TEST(AFilesStart, TellsWhetherItIsAPicture) {
   };
   for (const auto& start :
        {"\x89PNG\r\n\x1A\n"s, "\xFF\xD8\xFF\xE0"s, "GIF89a"s, "II*\0\1\2"s, "MM\0*\1\2"s,
-        "RIFF\1\2\3\4WEBPVP8 "s, "\0\0\0 ftypavif"s, "\0\0\0 ftypheic"s,
+        "RIFF\1\2\3\4WEBPVP8 "s, "\0\0\0 ftypavif"s, "\0\0\0 ftypheic"s, "\0\0\0 ftypmif1"s,
         "BM\1\2\3\4\0\0\0\0\x36\0\0\0\x28\0\0\0"s, "\0\0\1\0\2\0\x10\x10\0\0"s,
         "<svg xmlns='http://www.w3.org/2000/svg'/>"s,
         "\xef\xbb\xbf<?xml version='1.0'?>\n<!DOCTYPE svg>\n<svg/>"s}) {
