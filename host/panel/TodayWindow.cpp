@@ -116,7 +116,8 @@ void TodayWindow::apply(const WidgetSnapshot& snapshot) {
   card_.resize(panel_.width(), card_.height());
   // Users who want no moving pictures have turned off the animations of their desktop.
   const bool moves = style()->styleHint(QStyle::SH_Widget_Animation_Duration, nullptr, this) > 0;
-  if (snapshot.preferredContentSize && isVisible() && eased_ && moves) return easeCardHeightTo(height);
+  if (snapshot.preferredContentSize && isVisible() && eased_ && moves)
+    return easeCardHeightTo(height);
   easing_.stop();
   setCardHeight(height);
 }
