@@ -115,7 +115,8 @@ class ExtensionThread::Extension {
     if (blocks_.isZero()) look();
     const bool isWhole = blocks_.isZero();
     if (isWhole) curtain_.rise();
-    if (!curtain_.isDown()) {
+    // Before the widget appears, its views hold what the interface file says, and no truth.
+    if (hasCallback_ && !curtain_.isDown()) {
       if (auto snapshot = snapshots_->take()) host_.displayChanged(*std::move(snapshot));
     }
     // A refresh that is under way may have asked before the input came, and show what was before.
