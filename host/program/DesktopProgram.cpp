@@ -15,7 +15,6 @@ namespace Corvella {
 
 namespace {
 
-constexpr int kLargeBuffer = 128 * 1024;  // Bytes.
 constexpr std::chrono::milliseconds kUntilWindowStands{300};
 constexpr std::chrono::seconds kLastLookForTray{15};
 
@@ -31,9 +30,6 @@ QIcon programIcon() {
 DesktopProgram::DesktopProgram(TodayView& view, SingleInstance& instance,
                                TerminationSignals& termination)
     : view_(view) {
-  // A large buffer, such as that of a cover, goes back to the system as soon as it is freed. By
-  // itself the allocator raises this limit with each of them, and keeps their memory.
-  ::mallopt(M_MMAP_THRESHOLD, kLargeBuffer);
   QObject::connect(&view, &TodayView::failed, &lookForTray_, [this](const QString& reason) {
     failure_ = reason.toStdString();
     QApplication::quit();

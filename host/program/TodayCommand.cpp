@@ -8,6 +8,8 @@
 #include <stdexcept>
 #include <string>
 
+#include <malloc.h>
+
 #include "host/panel/TodayView.h"
 #include "host/program/Application.h"
 #include "host/program/Composition.h"
@@ -68,6 +70,14 @@ bool choosePlatform() {
   return false;
 }
 
+/// Has large buffers, such as those of a cover, given back to the system as soon as they are freed.
+/// By itself the allocator raises the limit with each of them, and keeps their memory.
+void keepNoLargeBuffers() {
+  constexpr int kLarge = 128 * 1024;  // Bytes.
+  // NOLINTNEXTLINE(concurrency-mt-unsafe): no other thread runs yet.
+  ::mallopt(M_MMAP_THRESHOLD, kLarge);
+}
+
 void tellFirst(const SingleInstance& instance, const CommandLine& commandLine) {
   const bool toggles = commandLine.action == CommandLine::Action::Toggle;
   const auto player = QString::fromStdString(commandLine.player);
@@ -81,6 +91,7 @@ void tellFirst(const SingleInstance& instance, const CommandLine& commandLine) {
 int runTodayCommand(const CommandLine& commandLine) {
   TerminationSignals termination;  // Made first: threads that exist already would be interrupted.
   const bool wantsNoDisplay = choosePlatform();
+  keepNoLargeBuffers();
   const Application application;
   SingleInstance instance;
   const auto role = instance.claimName();
