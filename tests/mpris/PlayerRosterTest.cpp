@@ -165,8 +165,9 @@ TEST_F(ARoster, IgnoresNewsOfStrangers) {
   roster_->learn(":9", PlayerState::Playing);
   roster_->learn(":9", PlayerAbilities());
   roster_->playerAnswered(":9", nullptr);
-  roster_->propertiesListed(":9", PropertyMap());
-  roster_->identityListed(":9", PropertyMap());
+  roster_->propertiesListed(":9",
+                            PropertyMap(std::vector<Property>{{"PlaybackStatus", {"Playing"}}}));
+  roster_->identityListed(":9", PropertyMap(std::vector<Property>{{"Identity", {"X"}}}));
   EXPECT_FALSE(roster_->fellSilent(":9"));
   EXPECT_EQ(chosen(), "");
 }
