@@ -15,9 +15,12 @@ namespace {
 
 using namespace std::string_view_literals;
 
-/// As many bytes as the tests below look at, filled up with NUL.
-std::string headOf(std::span<const std::byte> bytes) {
-  std::string head(18, '\0');
+/// As many bytes as the marks of the kinds below take, but for drawings.
+constexpr std::size_t kLongestMark = 18;
+
+/// That many bytes from the start of a file, filled up with NUL.
+std::string headOf(std::span<const std::byte> bytes, std::size_t length) {
+  std::string head(length, '\0');
   std::transform(bytes.begin(), bytes.begin() + std::min(std::ssize(bytes), std::ssize(head)),
                  head.begin(), [](std::byte byte) { return static_cast<char>(byte); });
   return head;
@@ -55,16 +58,13 @@ bool isHeif(std::string_view bytes) {
 /// drawings, too.
 bool isSvg(std::span<const std::byte> bytes) {
   constexpr std::size_t kLongestPrologue = 1024;
-  std::string text(std::min(bytes.size(), kLongestPrologue), ' ');
-  std::transform(bytes.begin(), bytes.begin() + std::ssize(text), text.begin(),
-                 [](std::byte byte) { return static_cast<char>(byte); });
+  const auto text = headOf(bytes, kLongestPrologue);
   constexpr auto kByteOrderMark = "\xef\xbb\xbf"sv;
   const auto start = text.find_first_not_of(" \t\r\n", text.starts_with(kByteOrderMark) ? 3 : 0);
   if (start == std::string::npos || text[start] != '<') return false;
   for (auto at = start; at != std::string::npos; at = text.find('<', at + 1)) {
-    const auto next = at + 1 < text.size() ? text[at + 1] : '\0';
-    if (next == '?' || next == '!') continue;
-    return text.compare(at, 4, "<svg") == 0;
+    const std::string_view tag = std::string_view(text).substr(at);
+    if (!tag.starts_with("<?") && !tag.starts_with("<!")) return tag.starts_with("<svg");
   }
   return false;
 }
@@ -79,7 +79,7 @@ std::optional<std::vector<std::byte>> readAddress(std::string_view url) {
 }  // namespace
 
 bool looksLikePicture(std::span<const std::byte> bytes) {
-  const std::string head = headOf(bytes);
+  const std::string head = headOf(bytes, kLongestMark);
   constexpr std::array kStarts = {
       "\x89PNG\r\n\x1A\n"sv, "\xFF\xD8\xFF"sv, "GIF87a"sv, "GIF89a"sv, "II*\0"sv, "MM\0*"sv};
   return std::any_of(kStarts.begin(), kStarts.end(),
