@@ -11,6 +11,8 @@ namespace Corvella {
 /// A picture, as large as fits, with rounded corners. Sharp on every screen: it is scaled once to
 /// the pixels that the screen has for it.
 class PictureView final : public QWidget {
+  Q_OBJECT
+
  public:
   using QWidget::QWidget;
 

@@ -8,6 +8,8 @@ namespace Corvella {
 /// How far the track has played. Its value can be read by assistive technology but is never
 /// announced, for it changes every second.
 class PositionBar final : public RangeWidget {
+  Q_OBJECT
+
  public:
   explicit PositionBar(QWidget* parent) : RangeWidget(QAccessible::ProgressBar, parent) {}
 

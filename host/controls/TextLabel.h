@@ -10,6 +10,8 @@ namespace Corvella {
 /// One line of text. What does not fit is elided, and the whole text is the tooltip. A text that
 /// reads from right to left starts on the right.
 class TextLabel final : public QLabel {
+  Q_OBJECT
+
  public:
   explicit TextLabel(QWidget* parent);
 

@@ -9,6 +9,8 @@ namespace Corvella {
 /// A horizontal slider of our own painting, whose thumb goes to where it is pressed. `valueChanged`
 /// tells of the user's changes alone.
 class ValueSlider final : public QSlider {
+  Q_OBJECT
+
  public:
   explicit ValueSlider(QWidget* parent);
 

@@ -4,7 +4,7 @@
 
 namespace {
 
-std::string quoted(std::string_view text) {
+std::string inQuotes(std::string_view text) {
   constexpr std::string_view digits = "0123456789abcdef";
   std::string result = "\"";
   for (const char c : text) {
@@ -23,8 +23,8 @@ std::string quoted(std::string_view text) {
 }  // namespace
 
 std::string NSAppleScriptErrorInformation::description() const {
-  return "{NSAppleScriptErrorAppName = " + quoted(appName) +
-         "; NSAppleScriptErrorBriefMessage = " + quoted(briefMessage) +
-         "; NSAppleScriptErrorMessage = " + quoted(message) +
+  return "{NSAppleScriptErrorAppName = " + inQuotes(appName) +
+         "; NSAppleScriptErrorBriefMessage = " + inQuotes(briefMessage) +
+         "; NSAppleScriptErrorMessage = " + inQuotes(message) +
          "; NSAppleScriptErrorNumber = " + std::to_string(number) + ";}";
 }

@@ -30,7 +30,7 @@ struct MediaTags {
   std::string rating{};  ///< FMPS_RATING, as it is written.
   /// The front cover, behind another picture where the format knows several kinds.
   std::string cover{};
-  std::string otherLyrics{};        ///< Under the other name of lyrics, but in MP4, which has one.
+  std::string otherLyrics{};  ///< Under the other name of lyrics, which TagLib 1 keeps out of MP4.
   std::vector<int> popularities{};  ///< Those of ID3, so in an mp3 only.
 };
 

@@ -126,7 +126,7 @@ TEST_F(AController, SendsEachActionsOwnScriptAndIsNotHeldByItsControls) {
   for (const auto& [selector, control, script] : rows) {
     ASSERT_TRUE(controller->connectAction(selector, *control));
     take();
-    onMain([&control = control] { EXPECT_TRUE(control->sendAction()); });
+    onMain([&sender = control] { EXPECT_TRUE(sender->sendAction()); });
     settle();
     for (const auto& row : rows) {
       EXPECT_EQ(std::ranges::count(log, row.script), row.selector == selector)

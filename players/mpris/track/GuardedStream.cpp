@@ -19,7 +19,7 @@ namespace ID3v2 = TagLib::ID3v2;
 /// Each box of an MP4 file takes a read, and some 160 bytes of stack.
 constexpr int kMostReads = 10'000;
 /// For all that is read of a file: its tags hold a few pictures at most.
-constexpr unsigned long kMostBytes = 16UL << 20U;
+constexpr std::size_t kMostBytes = std::size_t{16} << 20U;
 constexpr int kMostFrames = 10'000;
 
 /// Opens up the header of a frame, which TagLib keeps for its own classes of frames.
@@ -27,6 +27,12 @@ class AnyFrame : public ID3v2::Frame {
  public:
   using Frame::Header;
 };
+
+/// ID3v2.2 has names and sizes of three bytes each; later versions have four of each, and two bytes
+/// of flags.
+constexpr std::size_t frameHeaderSize(unsigned int majorVersion) {
+  return majorVersion < 3 ? 6 : 10;
+}
 
 /// Whether the bytes in the tag were spread, so that no player takes them for sound. Later versions
 /// spread the bytes of single frames and leave their headers as they are.
@@ -44,7 +50,7 @@ std::size_t startOfFrames(const ByteVector& content, const ID3v2::Header& tag) {
 /// Steps from frame to frame as TagLib does. Chapters get a name that TagLib does not know, so that
 /// it does not look into them. False when the tag must not be read at all.
 bool makeHarmless(ByteVector& content, const ID3v2::Header& tag) {
-  const auto headerSize = ID3v2::Frame::headerSize(tag.majorVersion());
+  const auto headerSize = frameHeaderSize(tag.majorVersion());
   int frames = 0;
   for (auto at = startOfFrames(content, tag); at + headerSize < content.size();) {
     const auto start = static_cast<unsigned>(at);
@@ -77,7 +83,7 @@ GuardedStream::GuardedStream(const RegularFile& file)
       readsLeft_(kMostReads),
       bytesLeft_(kMostBytes) {}
 
-TagLib::ByteVector GuardedStream::readBlock(unsigned long length) {
+TagLib::ByteVector GuardedStream::readBlock(Length length) {
   if (readsLeft_ == 0 || length > bytesLeft_) return {};
   --readsLeft_;
   auto block = FileStream::readBlock(length);

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <cstddef>
+
+#include <taglib.h>
 #include <tfilestream.h>
 
 #include "platform/base/RegularFile.h"
@@ -7,7 +10,7 @@
 namespace Corvella {
 
 /// An open file as TagLib reads it, without what lets a small file exhaust the stack or the memory
-/// of its reader. TagLib 1.13 has these defects:
+/// of its reader. TagLib up to 2.0 has these defects:
 /// - It follows the nested boxes of MP4 and the nested chapters of ID3v2 by recursion, however deep
 ///   they are. Some 200,000 boxes or 20,000 chapters overflow a stack of 8 MB.
 /// - It unpacks a compressed frame of ID3v2 whatever its size: a tag of 65 KB takes 300 MB.
@@ -19,11 +22,16 @@ class GuardedStream : public TagLib::FileStream {
   /// Reads `file` through a descriptor of its own.
   explicit GuardedStream(const RegularFile& file);
 
-  TagLib::ByteVector readBlock(unsigned long length) override;
+#if TAGLIB_MAJOR_VERSION >= 2
+  using Length = std::size_t;
+#else
+  using Length = unsigned long;
+#endif
+  TagLib::ByteVector readBlock(Length length) override;
 
  private:
   int readsLeft_;
-  unsigned long bytesLeft_;
+  std::size_t bytesLeft_;
   TagLib::ByteVector lastBlock_;  ///< Kept when it is as long as the header of an ID3v2 tag.
 };
 
