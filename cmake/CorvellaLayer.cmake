@@ -15,9 +15,7 @@ endfunction()
 function(corvella_target_options TARGET)
   target_compile_options(${TARGET} PRIVATE
     -Wall -Wextra -Wpedantic -Werror -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor
-    -Woverloaded-virtual -Wold-style-cast -Wcast-qual -Wformat=2 -Wimplicit-fallthrough
-    # GCC 12 sees overlaps in std::string that are not there (GCC bug 105651).
-    $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>)
+    -Woverloaded-virtual -Wold-style-cast -Wcast-qual -Wformat=2 -Wimplicit-fallthrough)
   if(CORVELLA_ASSERTIONS)
     # Not the stricter _GLIBCXX_DEBUG: it gives containers another layout, and those in the interfaces
     # of GoogleTest and TagLib have the ordinary one.

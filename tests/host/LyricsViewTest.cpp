@@ -105,7 +105,7 @@ TEST(Lyrics, AreDrawnAsTallAsTheyWereMeasured) {
       {"wrapped", filled(400, "the river says nothing and ")},
       {"right to left", "קיץ\nأغنية طويلة جدا " + filled(200, "قمر على الشرفة ")},
       {"emoji", filled(200, "👩‍👩‍👧‍👦🎉 ")},
-      {"stacked", "Z" + filled(60, "\u0301\u0335")},
+      {"stacked", std::string("Z").append(filled(60, "\u0301\u0335"))},
       {"one word", std::string(256 * 1024, 'x')},
       {"breaks", std::string(kMebibyte, '\n')},
       {"ordinary lines", filled(kMebibyte, "the river says nothing\n")}};

@@ -18,7 +18,7 @@ class XServer {
       throw std::runtime_error("Xvfb does not start: " + process_.errors());
     }
     const auto number = process_.output();
-    display_ = ":" + number.substr(0, number.find('\n'));
+    display_.assign(":").append(number, 0, number.find('\n'));
   }
 
   /// What DISPLAY is set to.
