@@ -33,7 +33,7 @@ asan-ubsan: packages-test build/asan-ubsan/build.ninja
 	cmake --build --preset asan-ubsan --parallel $(JOBS)
 	ctest --preset asan-ubsan
 
-tsan: packages-test packages-check build/tsan/build.ninja
+tsan: packages-test packages-clang build/tsan/build.ninja
 	cmake --build --preset tsan --parallel $(JOBS)
 	$(FIXED_ADDRESSES) ctest --preset tsan
 
@@ -48,7 +48,7 @@ format: packages-check ## format all C++ files in place
 check-format: packages-check ## check that all C++ files are formatted
 	files=$$(tools/sources) && $(CLANG_FORMAT) --dry-run --Werror $$files
 
-tidy: packages-test packages-check build/tidy/build.ninja ## run clang-tidy on the program's own sources
+tidy: packages-test packages-check packages-clang build/tidy/build.ninja ## run clang-tidy on the program's own sources
 	tools/tidy build/tidy
 
 clean: ## remove everything built
@@ -57,7 +57,7 @@ clean: ## remove everything built
 help: ## show this list
 	@sed -n 's/^\([a-z-]*\):.*## /\1\t/p' Makefile | expand -t 16
 
-.PHONY: packages-build packages-run packages-test packages-check
+.PHONY: packages-build packages-run packages-test packages-check packages-clang
 packages-build:
 	@tools/install-packages build
 packages-run:
@@ -66,6 +66,8 @@ packages-test:
 	@tools/install-packages build run test
 packages-check:
 	@tools/install-packages build check
+packages-clang:
+	@tools/install-packages build clang
 
 # Ninja itself configures anew when a CMakeLists.txt changes, but knows nothing of the presets.
 build/%/build.ninja: CMakePresets.json
