@@ -295,15 +295,21 @@ class AnInterfaceFile : public testing::Test, protected InterfaceElement {
     classes_.registerClass("Tests.Other", NSClass::decoded<NSView>());
   }
 
+  void write(const std::string& name, std::string_view text) {
+    folder_.write(name, text);
+    *bundle_ = NSBundle(folder_.path());
+  }
+
   Corvella::TemporaryFolder folder_;
-  std::shared_ptr<const NSBundle> bundle_ = std::make_shared<NSBundle>(folder_.path());
+  std::shared_ptr<NSBundle> bundle_ = std::make_shared<NSBundle>(folder_.path());
   NSClassRegistry classes_;
   NSNibLoader loader_{*bundle_, {classes_, measurer, fonts}};
   RecordingOwner owner_{loader_, "Some", nullptr};
 };
 
 TEST_F(AnInterfaceFile, IsLoadedOnceAndWakesItsObjectsWhenAllAreConnectedAndTheOwnerLast) {
-  folder_.write("Some.xib", interface);
+  write("Some.xib", interface);
+  std::filesystem::remove(folder_.path() / "Some.xib");  // As when the program is uninstalled.
   for (int i = 0; i < 2; ++i) EXPECT_EQ(owner_.view()->frame(), NSMakeRect(1, 2, 3, 4));
   EXPECT_THAT(owner_.events, testing::ElementsAre("action go:", "outlet button", "outlet view",
                                                   "root awake", "owner awake"));
@@ -314,7 +320,7 @@ TEST_F(AnInterfaceFile, IsLoadedOnceAndWakesItsObjectsWhenAllAreConnectedAndTheO
 TEST_F(AnInterfaceFile, IsLookedForInTheOwnersBundleAndElseInTheMainOne) {
   const NSBundle elsewhere("");
   const NSNibLoader loader(elsewhere, {classes_, measurer, fonts});
-  folder_.write("Some.xib", interface);
+  write("Some.xib", interface);
   EXPECT_NE(RecordingOwner(loader, "Some", bundle_).view(), nullptr);
   EXPECT_THAT([&] { RecordingOwner(loader, "Some", nullptr).view(); },
               ThrowsMessage<std::runtime_error>("Some.xib: the interface file cannot be read"));
@@ -368,13 +374,13 @@ TEST_F(AnInterfaceFile, WithAFaultLeavesNoViewAndIsRefusedWithFileLineAndName) {
        "5: the owner has no such action for that object 'go:'"}};
   const auto path = (folder_.path() / "Some.xib").string();
   for (const auto& [old, replacement, error] : rows) {
-    folder_.write("Some.xib", interfaceWith(old, replacement));
+    write("Some.xib", interfaceWith(old, replacement));
     RecordingOwner owner(loader_, "Some", nullptr);
     EXPECT_THAT([&] { owner.view(); },
                 ThrowsMessage<std::runtime_error>(path + ":" + std::string(error)));
     EXPECT_FALSE(owner.isViewLoaded());
   }
-  folder_.write("Some.xib", interfaceWith(R"("view")", R"("another")"));
+  write("Some.xib", interfaceWith(R"("view")", R"("another")"));
   EXPECT_THAT([&] { owner_.view(); },
               ThrowsMessage<std::runtime_error>("Some: the file connects no view to its owner"));
 }
@@ -425,7 +431,7 @@ TEST_F(AnExtension, IsRefusedWithTheNameOfItsPropertyListAndTheFault) {
   const auto path = (folder_.path() / "Info.plist").string();
   EXPECT_THAT(start, ThrowsMessage<std::runtime_error>(path + ": cannot be read"));
   for (const auto& [list, fault] : rows) {
-    folder_.write("Info.plist", list);
+    write("Info.plist", list);
     EXPECT_THAT(start, ThrowsMessage<std::runtime_error>(path + ": " + fault)) << list;
   }
 }
