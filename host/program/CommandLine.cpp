@@ -1,11 +1,18 @@
 #include "host/program/CommandLine.h"
 
+#include <QChar>
 #include <QCommandLineOption>
 #include <QCommandLineParser>
+#include <QList>
 #include <QString>
 #include <QStringList>
+#include <algorithm>
+#include <array>
 #include <optional>
+#include <string_view>
 #include <utility>
+
+#include "host/program/Options.h"
 
 namespace Corvella {
 
@@ -16,68 +23,113 @@ using Action = CommandLine::Action;
 constexpr double kSmallestScale = 0.5;
 constexpr double kLargestScale = 4;
 
-/// The program's options, as the parser needs them.
-struct Options {
-  QCommandLineOption player{"player", "Which player to show: auto, embedded, or a player's name.",
-                            "auto|embedded|NAME", "auto"};
-  QCommandLineOption toggle{"toggle", "Show or hide the Today view."};
-  QCommandLineOption hidden{"hidden", "Start without showing the Today view."};
-  QCommandLineOption listPlayers{"list-players", "List the players that can be shown."};
-  QCommandLineOption print{"print", "Print what the widget shows, once, and end."};
-  QCommandLineOption json{"json", "Print one JSON object."};
-  QCommandLineOption follow{"follow", "Print again at each change."};
-  QCommandLineOption snapshot{"snapshot", "Draw the Today view into a file.", "FILE.png"};
-  QCommandLineOption lyrics{"lyrics", "Unfold the lyrics, too."};
-  QCommandLineOption scale{"scale", "Pixels of the snapshot to each point.", "N", "1"};
-  QCommandLineOption help{{"h", "help"}, "Show this help."};
-  QCommandLineOption version{{"v", "version"}, "Show the version."};
-
-  void addTo(QCommandLineParser& parser) const {
-    parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsCompactedShortOptions);
-    parser.addOptions({player, toggle, hidden, listPlayers, print, json, follow, snapshot, lyrics,
-                       scale, help, version});
+/// The options of the table as Qt's parser takes them.
+QList<QCommandLineOption> parserOptions() {
+  const auto text = [](std::string_view view) {
+    return QString::fromUtf8(view.data(), static_cast<qsizetype>(view.size()));
+  };
+  QList<QCommandLineOption> result;
+  for (const auto& option : options::kAll) {
+    QStringList names{text(option.name)};
+    if (option.letter != '\0') names << QString(QChar(option.letter));
+    result << QCommandLineOption(names, text(option.help), text(option.argument));
   }
+  return result;
+}
+
+/// The options that were given, by the names in the table.
+class GivenOptions {
+ public:
+  explicit GivenOptions(const QCommandLineParser& parser) : parser_(parser) {}
+
+  bool has(const Option& option) const { return parser_.isSet(nameOf(option)); }
+  /// Empty when the option was not given.
+  std::string value(const Option& option) const {
+    return parser_.value(nameOf(option)).toStdString();
+  }
+
+ private:
+  static QString nameOf(const Option& option) {
+    return QString::fromLatin1(option.name.data(), static_cast<qsizetype>(option.name.size()));
+  }
+
+  const QCommandLineParser& parser_;
+};
+
+/// The option that is a command of its own; "open" when there is none.
+struct Command {
+  const Option& option;
+  Action action;
+};
+const std::array kCommands{Command{options::kToggle, Action::Toggle},
+                           Command{options::kQuit, Action::Quit},
+                           Command{options::kAutostart, Action::Autostart},
+                           Command{options::kListPlayers, Action::ListPlayers},
+                           Command{options::kPrint, Action::Print},
+                           Command{options::kSnapshot, Action::Snapshot}};
+
+Action actionOf(const GivenOptions& given) {
+  for (const auto& [option, action] : kCommands) {
+    if (given.has(option)) return action;
+  }
+  return Action::Open;
+}
+
+/// Options that mean something to some commands only.
+struct Companion {
+  const Option& option;
+  std::vector<Action> commands;
+  std::string_view goesWith;
 };
 
 /// Says what is wrong with options that are right one by one; empty when nothing is.
-std::string usageErrorIn(const QCommandLineParser& parser, const Options& options, double scale) {
-  if (!parser.positionalArguments().isEmpty()) {
-    const auto first = parser.positionalArguments().constFirst();
-    return "Unexpected argument '" + first.toStdString() + "'.";
+std::string usageErrorIn(const GivenOptions& given, double scale) {
+  const auto isGiven = [&given](const Command& command) { return given.has(command.option); };
+  if (std::ranges::count_if(kCommands, isGiven) > 1) {
+    std::string names;
+    for (const auto& [option, action] : kCommands) {
+      if (!names.empty()) names += action == kCommands.back().action ? " and " : ", ";
+      names.append("--").append(option.name);
+    }
+    return "Only one of " + names + " can be followed.";
   }
-  const bool print = parser.isSet(options.print);
-  const bool snapshot = parser.isSet(options.snapshot);
-  if (print + snapshot + parser.isSet(options.toggle) + parser.isSet(options.listPlayers) > 1) {
-    return "Only one of --print, --snapshot, --toggle and --list-players can be followed.";
+  const std::vector<Companion> companions{
+      {options::kHidden, {Action::Open}, "no other command"},
+      {options::kLyrics, {Action::Print, Action::Snapshot}, "--print or --snapshot"},
+      {options::kJson, {Action::Print}, "--print"},
+      {options::kFollow, {Action::Print}, "--print"},
+      {options::kScale, {Action::Snapshot}, "--snapshot"}};
+  for (const auto& [option, commands, goesWith] : companions) {
+    if (!given.has(option) || std::ranges::count(commands, actionOf(given)) > 0) continue;
+    return std::string("--").append(option.name).append(" goes with ").append(goesWith) + ".";
   }
-  const bool opens =
-      !print && !snapshot && !parser.isSet(options.toggle) && !parser.isSet(options.listPlayers);
-  if (parser.isSet(options.hidden) && !opens) return "--hidden goes with no other command.";
-  if (parser.isSet(options.lyrics) && !print && !snapshot) {
-    return "--lyrics goes with --print or --snapshot.";
-  }
-  if (parser.isSet(options.json) && !print) return "--json goes with --print.";
-  if (parser.isSet(options.follow) && !print) return "--follow goes with --print.";
-  if (parser.isSet(options.scale) && !snapshot) return "--scale goes with --snapshot.";
   if (!(scale >= kSmallestScale && scale <= kLargestScale)) {
     return "--scale needs a number from 0.5 to 4.";
   }
-  if (parser.value(options.player).isEmpty()) return "--player needs a name.";
-  if (snapshot && parser.value(options.snapshot).isEmpty()) return "--snapshot needs a file.";
+  if (given.has(options::kPlayer) && given.value(options::kPlayer).empty()) {
+    return "--player needs a name.";
+  }
+  if (given.has(options::kSnapshot) && given.value(options::kSnapshot).empty()) {
+    return "--snapshot needs a file.";
+  }
+  const auto autostart = given.value(options::kAutostart);
+  if (given.has(options::kAutostart) && autostart != "on" && autostart != "off") {
+    return "--autostart needs on or off.";
+  }
   return {};
 }
 
-Action actionOf(const QCommandLineParser& parser, const Options& options) {
-  if (parser.isSet(options.listPlayers)) return Action::ListPlayers;
-  if (parser.isSet(options.print)) return Action::Print;
-  if (parser.isSet(options.snapshot)) return Action::Snapshot;
-  return parser.isSet(options.toggle) ? Action::Toggle : Action::Open;
+std::optional<Action> informationOf(const GivenOptions& given) {
+  if (given.has(options::kHelp)) return Action::Help;
+  if (given.has(options::kVersion)) return Action::Version;
+  return std::nullopt;
 }
 
-std::optional<Action> informationOf(const QCommandLineParser& parser, const Options& options) {
-  if (parser.isSet(options.help)) return Action::Help;
-  if (parser.isSet(options.version)) return Action::Version;
-  return std::nullopt;
+double scaleOf(const GivenOptions& given) {
+  if (!given.has(options::kScale)) return 1;
+  bool isNumber = false;
+  const auto number = QString::fromStdString(given.value(options::kScale)).toDouble(&isNumber);
+  return isNumber ? number : 0;
 }
 
 }  // namespace
@@ -86,63 +138,31 @@ std::variant<CommandLine, UsageError> parseCommandLine(const std::vector<std::st
   QStringList words{"corvella"};
   for (const auto& argument : arguments) words << QString::fromStdString(argument);
 
-  const Options options;
   QCommandLineParser parser;
-  options.addTo(parser);
+  parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsCompactedShortOptions);
+  parser.addOptions(parserOptions());
   if (!parser.parse(words)) return UsageError{parser.errorText().toStdString()};
-  if (const auto information = informationOf(parser, options)) {
-    return CommandLine{.action = *information};
+  const GivenOptions given(parser);
+  if (const auto information = informationOf(given)) return CommandLine{.action = *information};
+  if (!parser.positionalArguments().isEmpty()) {
+    const auto first = parser.positionalArguments().constFirst().toStdString();
+    return UsageError{"Unexpected argument '" + first + "'."};
   }
-  bool isNumber = false;
-  const auto number = parser.value(options.scale).toDouble(&isNumber);
-  const auto scale = isNumber ? number : 0;
-  if (auto message = usageErrorIn(parser, options, scale); !message.empty()) {
+  const auto scale = scaleOf(given);
+  if (auto message = usageErrorIn(given, scale); !message.empty()) {
     return UsageError{std::move(message)};
   }
-  return CommandLine{.action = actionOf(parser, options),
-                     .lyrics = parser.isSet(options.lyrics),
-                     .json = parser.isSet(options.json),
-                     .follow = parser.isSet(options.follow),
-                     .hidden = parser.isSet(options.hidden),
-                     .playerIsGiven = parser.isSet(options.player),
-                     .player = parser.value(options.player).toStdString(),
-                     .file = parser.value(options.snapshot).toStdString(),
+  CommandLine result{.action = actionOf(given),
+                     .lyrics = given.has(options::kLyrics),
+                     .json = given.has(options::kJson),
+                     .follow = given.has(options::kFollow),
+                     .hidden = given.has(options::kHidden),
+                     .autostart = given.value(options::kAutostart) == "on",
+                     .playerIsGiven = given.has(options::kPlayer),
+                     .file = given.value(options::kSnapshot),
                      .scale = scale};
-}
-
-std::string usageText() {
-  return
-      R"(Usage: corvella [OPTION...]
-Shows what a music player is playing: opens the Today view on the desktop, or
-that of the corvella which runs already.
-
-  --player auto|embedded|NAME  the player to show: NAME is that of a player on the
-                               session bus (see --list-players), embedded is the
-                               built-in one; auto (the default) is whichever plays
-                               on the session bus, or embedded where there is no bus
-  --toggle                     show the Today view, or hide the one that is shown
-  --hidden                     start without showing the Today view, for example when
-                               the desktop starts
-  --list-players               list the players that can be shown, and end
-  --print                      print what the widget shows, once, and end
-  --json                       with --print: print one JSON object on one line, with
-                               the keys title, artist, album, state, position and
-                               length (seconds), rating and volume (0 to 100) and
-                               player, and lyrics with --lyrics
-  --follow                     with --print: print again at each change but that of
-                               the position, until interrupted
-  --snapshot FILE.png          draw the Today view into a file, and end; needs no
-                               display
-  --lyrics                     with --print or --snapshot: unfold the lyrics;
-                               --print then prints them whole
-  --scale N                    with --snapshot: pixels to each point, from 0.5 to 4
-  -h, --help                   show this help
-  -v, --version                show the version
-
-Keys in the Today view: Space plays and pauses, P and N change the track, 0 to 5
-set the stars, Up and Down the volume, L shows the lyrics, S chooses the player,
-Esc hides the view.
-)";
+  if (result.playerIsGiven) result.player = given.value(options::kPlayer);
+  return result;
 }
 
 }  // namespace Corvella

@@ -9,12 +9,23 @@ namespace Corvella {
 
 /// What the program was asked to do.
 struct CommandLine {
-  enum class Action : std::uint8_t { Open, Toggle, Print, Snapshot, ListPlayers, Help, Version };
+  enum class Action : std::uint8_t {
+    Open,
+    Toggle,
+    Quit,
+    Autostart,
+    ListPlayers,
+    Print,
+    Snapshot,
+    Help,
+    Version
+  };
   Action action = Action::Open;
   bool lyrics = false;          ///< With the lyrics unfolded.
   bool json = false;            ///< With `Action::Print`: one JSON object instead of lines.
   bool follow = false;          ///< With `Action::Print`: again at each change.
   bool hidden = false;          ///< With `Action::Open`: the Today view stays hidden for now.
+  bool autostart = false;       ///< With `Action::Autostart`: whether it is to be on.
   bool playerIsGiven = false;   ///< Whether the user has named one.
   std::string player = "auto";  ///< "auto", "embedded" or the name of a player on the session bus.
   std::string file = {};        ///< Where the snapshot goes.
@@ -28,8 +39,5 @@ struct UsageError {
 
 /// Reads the arguments that come after the program's name.
 std::variant<CommandLine, UsageError> parseCommandLine(const std::vector<std::string>& arguments);
-
-/// How the program is used, with a line for each option; ends in a line feed.
-std::string usageText();
 
 }  // namespace Corvella

@@ -49,6 +49,7 @@ DesktopProgram::DesktopProgram(TodayView& view, SingleInstance& instance,
   QObject::connect(&instance, &SingleInstance::toggleAsked, &view, &TodayView::toggle);
   QObject::connect(&instance, &SingleInstance::playerAsked, &view,
                    [&view](const QString& player) { view.showPlayer(player.toStdString()); });
+  QObject::connect(&instance, &SingleInstance::quitAsked, qApp, &QApplication::quit);
   QObject::connect(&termination, &TerminationSignals::received, qApp, &QApplication::quit);
   termination.listen();
   lookForTray_.setSingleShot(true);

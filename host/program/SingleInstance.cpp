@@ -24,6 +24,10 @@ SingleInstance::Role SingleInstance::claimName() {
   return reply == QDBusConnectionInterface::ServiceRegistered ? Role::First : Role::Later;
 }
 
+bool SingleInstance::isThereAFirst() const {
+  return bus_.isConnected() && bus_.interface()->isServiceRegistered(kName);
+}
+
 bool SingleInstance::tellFirst(const QString& method, const QVariantList& arguments) const {
   auto call = QDBusMessage::createMethodCall(kName, kPath, kName, method);
   call.setArguments(arguments);

@@ -31,6 +31,9 @@ class SingleInstance final : public QObject {
   /// Takes the name if it is free; calls are answered from then on, once an event loop runs.
   Role claimName();
 
+  /// Whether another instance has the name. Takes nothing.
+  bool isThereAFirst() const;
+
   /// Calls a method of the first instance and waits for its answer, for a few seconds at most;
   /// false when there is none.
   bool tellFirst(const QString& method, const QVariantList& arguments = {}) const;
@@ -43,11 +46,14 @@ class SingleInstance final : public QObject {
   Q_SCRIPTABLE Q_INVOKABLE void Toggle() { emit toggleAsked(); }
   /// Shows another player; `player` is what `--player` takes.
   Q_SCRIPTABLE Q_INVOKABLE void ShowPlayer(const QString& player) { emit playerAsked(player); }
+  /// Ends the program.
+  Q_SCRIPTABLE Q_INVOKABLE void Quit() { emit quitAsked(); }
 
  signals:
   void openAsked();
   void toggleAsked();
   void playerAsked(const QString& player);
+  void quitAsked();
 
  private:
   QDBusConnection bus_;

@@ -1,6 +1,7 @@
 #include "host/program/TodayCommand.h"
 
 #include <QByteArray>
+#include <QCoreApplication>
 #include <QFileInfo>
 #include <QGuiApplication>
 #include <QStandardPaths>
@@ -27,6 +28,7 @@ namespace {
 
 constexpr auto kPlatform = "QT_QPA_PLATFORM";
 constexpr auto kNoDisplay = "offscreen";
+constexpr auto kFirstIsSilent = "the corvella that is running does not answer";
 
 /// The file for a picture that the user has not asked for, and so not named: beside the program, or
 /// in the user's runtime folder when the program is installed where the user cannot write.
@@ -83,7 +85,7 @@ void tellFirst(const SingleInstance& instance, const CommandLine& commandLine) {
   const auto player = QString::fromStdString(commandLine.player);
   const bool heard = (!commandLine.playerIsGiven || instance.tellFirst("ShowPlayer", {player})) &&
                      (commandLine.hidden || instance.tellFirst(toggles ? "Toggle" : "Open"));
-  if (!heard) throw std::runtime_error("the corvella that is running does not answer");
+  if (!heard) throw std::runtime_error(kFirstIsSilent);
 }
 
 }  // namespace
@@ -107,6 +109,15 @@ int runTodayCommand(const CommandLine& commandLine) {
   const bool noDisplay = QGuiApplication::platformName() == kNoDisplay;
   if (noDisplay && !wantsNoDisplay) return drawInsteadOfWindow(view);
   return DesktopProgram(view, instance, termination).run(commandLine.hidden);
+}
+
+void runQuitCommand() {
+  int argumentCount = 0;
+  const QCoreApplication application(argumentCount, nullptr);
+  const SingleInstance instance;
+  if (instance.isThereAFirst() && !instance.tellFirst("Quit")) {
+    throw std::runtime_error(kFirstIsSilent);
+  }
 }
 
 }  // namespace Corvella

@@ -10,4 +10,8 @@ namespace Corvella {
 /// it fails.
 int runTodayCommand(const CommandLine& commandLine);
 
+/// Ends the Corvella that is running; does nothing when there is none. Throws `std::runtime_error`
+/// when it does not answer.
+void runQuitCommand();
+
 }  // namespace Corvella

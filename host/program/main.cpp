@@ -8,7 +8,9 @@
 
 #include <qlogging.h>
 
+#include "host/program/Autostart.h"
 #include "host/program/CommandLine.h"
+#include "host/program/HelpTexts.h"
 #include "host/program/PlayerChoice.h"
 #include "host/program/PrintCommand.h"
 #include "host/program/SnapshotCommand.h"
@@ -29,6 +31,12 @@ int perform(const CommandLine& commandLine) {
     case Action::Open:
     case Action::Toggle:
       return runTodayCommand(commandLine);
+    case Action::Quit:
+      runQuitCommand();
+      return 0;
+    case Action::Autostart:
+      runAutostartCommand(commandLine);
+      return 0;
     case Action::Snapshot:
       runSnapshotCommand(commandLine);
       return 0;

@@ -3,7 +3,11 @@
 
 #include <gmock/gmock.h>
 
+#include "host/program/Autostart.h"
 #include "host/program/CommandLine.h"
+#include "host/program/HelpTexts.h"
+#include "tests/support/Process.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace Corvella {
 namespace {
@@ -22,6 +26,7 @@ TEST(ACommandLine, TellsWhatToDoAndWithWhichPlayer) {
       {{"--toggle"}, Action::Toggle, "auto"},
       {{"--print", "--player", "embedded"}, Action::Print, "embedded"},
       {{"--player=vlc.instance7"}, Action::Open, "vlc.instance7"},
+      {{"--quit"}, Action::Quit, "auto"},
       {{"--list-players"}, Action::ListPlayers, "auto"},
       {{"--print", "--help"}, Action::Help, "auto"},
       {{"-v"}, Action::Version, "auto"},
@@ -30,6 +35,11 @@ TEST(ACommandLine, TellsWhatToDoAndWithWhichPlayer) {
     const auto parsed = std::get<CommandLine>(parseCommandLine(row.arguments));
     EXPECT_EQ(parsed.action, row.action) << testing::PrintToString(row.arguments);
     EXPECT_EQ(parsed.player, row.player);
+  }
+  for (const bool on : {true, false}) {
+    const auto parsed = std::get<CommandLine>(parseCommandLine({"--autostart", on ? "on" : "off"}));
+    EXPECT_EQ(parsed.action, Action::Autostart);
+    EXPECT_EQ(parsed.autostart, on);
   }
   const auto snapshot =
       std::get<CommandLine>(parseCommandLine({"--snapshot", "a.png", "--lyrics", "--scale=1.5"}));
@@ -54,6 +64,9 @@ TEST(AWrongCommandLine, IsRefusedWithTheWordThatIsWrong) {
       {{"--print", "--toggle"}, "toggle"},
       {{"--print", "--hidden"}, "hidden"},
       {{"--json"}, "json"},
+      {{"--autostart"}, "autostart"},
+      {{"--autostart", "maybe"}, "on or off"},
+      {{"--autostart", "on", "--quit"}, "quit"},
       {{"--toggle", "--follow"}, "follow"},
       {{"--print", "--snapshot", "a.png"}, "snapshot"},
       {{"--snapshot", "a.png", "--scale", "4.1"}, "0.5"},
@@ -62,6 +75,35 @@ TEST(AWrongCommandLine, IsRefusedWithTheWordThatIsWrong) {
   for (const auto& [arguments, word] : rows) {
     const auto error = std::get<UsageError>(parseCommandLine(arguments));
     EXPECT_THAT(error.message, testing::HasSubstr(word));
+  }
+}
+
+TEST(AnAutostartEntry, StartsTheProgramWhateverItsPathAndThePlayersNameHold) {
+  EXPECT_EQ(autostartEntry("/usr/bin/corvella", ""),
+            "[Desktop Entry]\nType=Application\nName=Corvella\n"
+            "Comment=Shows what a music player is playing, and drives it\nIcon=corvella\n"
+            "TryExec=/usr/bin/corvella\nExec=\"/usr/bin/corvella\" --hidden\n"
+            "Terminal=false\nX-GNOME-Autostart-enabled=true\n");
+  const auto odd = autostartEntry("/a b/100%/corvella", "\"$\\\n");
+  EXPECT_THAT(odd, testing::HasSubstr("\nTryExec=/a b/100%/corvella\n"));
+  EXPECT_THAT(odd, testing::HasSubstr("\nExec=\"/a b/100%%/corvella\" --hidden --player "
+                                      "\"\\\\\"\\\\$\\\\\\\\\\n\"\n"));
+}
+
+TEST(BashCompletion, OffersOptionsPlayersAndWords) {
+  const TemporaryFolder folder;
+  const auto completion = folder.write("corvella.bash", bashCompletion());
+  const std::vector<std::pair<std::string, std::string>> rows{
+      {"--pl", "--player"},        {"--player e", "embedded"}, {"--player = a", "auto"},
+      {"--autostart o", "on off"}, {"--scale 2", ""},          {"--nothing", ""}};
+  for (const auto& [words, offered] : rows) {
+    Process bash({"bash", "-c",
+                  "corvella() { echo 'embedded (built in)'; }; source " + completion.string() +
+                      "; COMP_WORDS=(corvella " + words +
+                      "); COMP_CWORD=$((${#COMP_WORDS[@]} - 1)); _corvella; echo ${COMPREPLY[*]}"});
+    EXPECT_EQ(bash.wait(), 0);
+    EXPECT_EQ(bash.output(), offered + "\n") << words;
+    EXPECT_EQ(bash.errors(), "") << words;
   }
 }
 

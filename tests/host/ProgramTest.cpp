@@ -185,13 +185,15 @@ TEST_F(AUser, HasOneInstanceThatLaterOnesTellWhatTheyAreStartedFor) {
   QObject::connect(&first, &SingleInstance::toggleAsked, [&] { messages.emplace_back("toggle"); });
   QObject::connect(&first, &SingleInstance::playerAsked,
                    [&](const QString& player) { messages.push_back(player.toStdString()); });
-  for (const auto& options : std::vector<Texts>{{}, {"--toggle"}, {"--player", "vlc"}}) {
+  QObject::connect(&first, &SingleInstance::quitAsked, [&] { messages.emplace_back("quit"); });
+  for (const auto& options :
+       std::vector<Texts>{{}, {"--toggle"}, {"--player", "vlc"}, {"--quit"}}) {
     auto later = start(options, kOffscreen);
     ASSERT_TRUE(QTest::qWaitFor([&] { return !later.running(); },
                                 longestWait / std::chrono::milliseconds{1}));
     EXPECT_EQ(later.wait(), 0) << later.errors();
   }
-  EXPECT_THAT(messages, testing::ElementsAre("open", "toggle", "vlc", "open"));
+  EXPECT_THAT(messages, testing::ElementsAre("open", "toggle", "vlc", "open", "quit"));
 }
 
 TEST_F(AUser, IsToldWhenTheFirstInstanceDoesNotAnswer) {
@@ -223,12 +225,15 @@ TEST_F(AUser, StartsAnewAfterAnInstanceThatASignalEnded) {
 TEST_F(AUser, MaySwitchTheRunningInstanceToAnotherPlayer) {
   FakeMprisPlayer player(bus_.address(), "other");
   player.show("A Title", "Playing");
-  const auto first = open();
+  auto first = open();
   ASSERT_TRUE(isListening());
   EXPECT_EQ(player.received("Get Metadata"), 0);
   const auto later = run({"--player", "other"}, kOffscreen);
   EXPECT_EQ(later.status, 0) << later.errors;
   EXPECT_TRUE(eventually([&] { return player.received("Get Metadata") > 0; }));
+
+  for (int i = 0; i < 2; ++i) EXPECT_EQ(run({"--quit"}).status, 0) << "once ended, nobody is told";
+  EXPECT_EQ(first.wait(), 0);
 }
 
 TEST_F(AUser, MayStartAnInstanceWithoutStandardStreams) {
