@@ -2,9 +2,9 @@
 
 namespace Corvella {
 
-void Curtain::fall() {
+void Curtain::fall(std::chrono::milliseconds longest) {
   rise();
-  end_ = runLoop_.now() + kLongest;
+  end_ = runLoop_.now() + longest;
   runLoop_.addTimer(wakeUp_, *end_);
 }
 

@@ -1,5 +1,6 @@
 #include "extension/ExtensionThread.h"
 
+#include <chrono>
 #include <exception>
 #include <functional>
 #include <optional>
@@ -54,7 +55,7 @@ class ExtensionThread::Extension {
     runLoop.setTurnObserver([this] { endTurn(); });
   }
 
-  void appear() {
+  void appear(std::chrono::milliseconds longestCurtain) {
     // Not when the widget is made: its operations belong to the loop, which does not run by then.
     if (!std::exchange(hasCallback_, true)) {
       auto& widget = dynamic_cast<NCWidgetProviding&>(*controller_);
@@ -62,7 +63,7 @@ class ExtensionThread::Extension {
           [this](NCUpdateResult result) { playerRuns_ = result == NCUpdateResultNewData; });
     }
     shown_ = true;
-    curtain_.fall();
+    curtain_.fall(longestCurtain);
     controller_->viewWillAppear();
     looks_ = playerRuns_;
   }
@@ -142,7 +143,7 @@ class ExtensionThread::Extension {
     dispatch_async(mainQueue_, [this] {
       if (!shown_) return;
       controller_->viewWillDisappear();
-      appear();
+      appear(Curtain::kLongestAtNews);
     });
   }
 
@@ -208,7 +209,7 @@ void ExtensionThread::send(std::function<void(Extension&)> message) {
 }
 
 void ExtensionThread::appear() {
-  send([](Extension& extension) { extension.appear(); });
+  send([](Extension& extension) { extension.appear(Curtain::kLongestAtOpening); });
 }
 
 void ExtensionThread::disappear() {

@@ -46,7 +46,7 @@ class ExtensionThread {
   ExtensionThread& operator=(const ExtensionThread&) = delete;
 
   /// The widget is about to be shown or hidden. What it shows of an appearance reaches the host
-  /// when the widget has settled, or after `Curtain::kLongest`.
+  /// when the widget has settled, or after a while (see `Curtain`).
   void appear();
   void disappear();
 

@@ -29,8 +29,7 @@ struct Track {
 /// to know of it besides.
 ///
 /// Any thread, and calls may overlap. Each call of the dictionary reads the player at that moment,
-/// blocks no longer than the player's own deadline, artwork from the web no longer
-/// than three seconds more, and raises nothing.
+/// blocks no longer than the player's own deadline, and raises nothing.
 class MusicPlayer {
  public:
   virtual ~MusicPlayer() = default;

@@ -8,7 +8,9 @@ namespace Corvella {
 /// as possible, but for raising its window.
 struct PlayerDescription {
   std::string name;      ///< What `--player` takes for it; empty when there is no player.
-  std::string identity;  ///< What the player calls itself in front of users.
+  std::string identity;  ///< What the player calls itself in front of users; of one that is not
+                         ///< there, what the user calls it, or empty.
+  bool known = true;     ///< False before the first look at the players, when nobody can tell.
   bool silent = false;   ///< It has missed a deadline and has not answered since.
   bool playing = false;
   bool canRaise = false;  ///< Whether `MusicPlayer::raise` brings up its window.

@@ -35,6 +35,7 @@ class SessionOnPlayer final : public WidgetSession {
   ExtensionThread& extension() override { return extension_; }
   ScriptRunner& scripts() override { return runner_; }
   std::string whyPlayerIsNotShown() const override { return chosen_.whyNotShown(); }
+  bool isConnected() const override { return chosen_.isConnected; }
   PlayerDescription player() const override { return chosen_.player->description(); }
   std::vector<PlayerDescription> players() const override { return chosen_.player->players(); }
   void raisePlayer() override { chosen_.player->raise(); }
@@ -47,7 +48,8 @@ class SessionOnPlayer final : public WidgetSession {
 
 }  // namespace
 
-Composition::Composition() : bundle_(ProgramFolders::resources()) {}
+Composition::Composition(const MprisDeadlines& deadlines)
+    : deadlines_(deadlines), bundle_(ProgramFolders::resources()) {}
 
 std::unique_ptr<WidgetSession> Composition::startWidget(const std::string& player, WidgetHost& host,
                                                         PlayerNewsListener& listener) const {
@@ -57,8 +59,12 @@ std::unique_ptr<WidgetSession> Composition::startWidget(const std::string& playe
                               .fontFinder = fontFinder_,
                               .textMeasurer = textMeasurer_};
   return std::make_unique<SessionOnPlayer>(
-      makePlayer(player, clock_, bundle_, listener, std::exchange(isFirstPlayer_, false),
-                 std::cerr),
+      makePlayer(player, {.clock = clock_,
+                          .bundle = bundle_,
+                          .deadlines = deadlines_,
+                          .listener = listener,
+                          .notices = std::cerr,
+                          .mayBeEmbedded = std::exchange(isFirstPlayer_, false)}),
       entitledTargets(bundle_), services, host, listener);
 }
 

@@ -10,6 +10,7 @@
 #include "model/SongController.h"
 #include "platform/dispatch/Clock.h"
 #include "platform/foundation/NSBundle.h"
+#include "players/mpris/bus/MprisBus.h"
 
 namespace Corvella {
 
@@ -19,7 +20,8 @@ namespace Corvella {
 /// Text is measured once there is a `QGuiApplication`; all else needs none. GUI thread.
 class Composition {
  public:
-  Composition();
+  /// `deadlines` are those of players on the session bus.
+  explicit Composition(const MprisDeadlines& deadlines = {});
 
   /// See `StartWidget`. This object outlives the session.
   std::unique_ptr<WidgetSession> startWidget(const std::string& player, WidgetHost& host,
@@ -40,6 +42,7 @@ class Composition {
  private:
   /// Invented tracks must not take the place of a player whose bus has gone.
   mutable bool isFirstPlayer_ = true;
+  const MprisDeadlines deadlines_;
   SteadyClock clock_;
   QtImageDecoder imageDecoder_;
   FontconfigFinder fontFinder_;

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <utility>
 
+#include "players/NoPlayer.h"
 #include "players/embedded/EmbeddedPlayer.h"
 #include "players/mpris/MprisPlayer.h"
 
@@ -57,20 +58,27 @@ std::string whyNotShown(const MprisPlayer& player, const std::string& name) {
 
 }  // namespace
 
-ChosenPlayer makePlayer(const std::string& choice, const Clock& clock, const NSBundle& bundle,
-                        PlayerNewsListener& listener, bool mayBeEmbedded, std::ostream& notices) {
-  if (isWord(choice, "embedded")) return {std::make_unique<EmbeddedPlayer>(clock, bundle)};
+ChosenPlayer makePlayer(const std::string& choice, const PlayerParts& parts) {
+  const auto makeEmbedded = [&] {
+    return ChosenPlayer{std::make_unique<EmbeddedPlayer>(parts.clock, parts.bundle)};
+  };
+  if (choice.empty()) {
+    ChosenPlayer nobody{std::make_unique<NoPlayer>("The session bus")};
+    nobody.isConnected = false;
+    return nobody;
+  }
+  if (isWord(choice, "embedded")) return makeEmbedded();
   if (!isWord(choice, "auto")) {
-    auto named = std::make_unique<MprisPlayer>(choice, MprisDeadlines(), &listener);
+    auto named = std::make_unique<MprisPlayer>(choice, parts.deadlines, &parts.listener);
     const auto& player = *named;
     return {std::move(named), [&player, choice] { return whyNotShown(player, choice); }};
   }
   try {
-    return {std::make_unique<MprisPlayer>("", MprisDeadlines(), &listener)};
+    return {std::make_unique<MprisPlayer>("", parts.deadlines, &parts.listener)};
   } catch (const std::runtime_error& error) {
-    if (!mayBeEmbedded) throw;
-    notices << "corvella: " << error.what() << "; showing the embedded player\n";
-    return {std::make_unique<EmbeddedPlayer>(clock, bundle)};
+    if (!parts.mayBeEmbedded) throw;
+    parts.notices << "corvella: " << error.what() << "; showing the embedded player\n";
+    return makeEmbedded();
   }
 }
 

@@ -7,13 +7,15 @@
 #include "host/program/Application.h"
 #include "host/program/Composition.h"
 #include "host/program/ViewPicture.h"
+#include "players/mpris/artwork/HttpFetcher.h"
 
 namespace Corvella {
 
 void runSnapshotCommand(const CommandLine& commandLine) {
   qputenv("QT_QPA_PLATFORM", "offscreen");
   const Application application;
-  const Composition composition;
+  // A picture that came later would not be in the file.
+  const Composition composition({.webPicture = HttpLimits().time});
   TodayView view(composition.starter(), commandLine.player);
   openUnseen(view, commandLine.lyrics);
   writePicture(view, commandLine.file, commandLine.scale);

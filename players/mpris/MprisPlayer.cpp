@@ -5,6 +5,8 @@
 #include <string>
 #include <utility>
 
+#include "players/mpris/track/UrlText.h"
+
 namespace Corvella {
 
 using namespace std::chrono_literals;
@@ -108,7 +110,11 @@ PlayerAnswer<std::string> MprisPlayer::lyricsOfCurrentTrack() {
 PlayerAnswer<std::vector<std::byte>> MprisPlayer::artworkOfCurrentTrack() {
   const auto metadata = currentMetadata();
   if (!metadata) return metadata.failure();
-  return files_.picture(metadata->url, metadata->artUrl).value_or(std::vector<std::byte>());
+  const auto& artUrl = metadata->artUrl;
+  if (hasScheme(artUrl, "http") || hasScheme(artUrl, "https")) {
+    if (auto picture = webPictures_.picture(artUrl)) return *std::move(picture);
+  }
+  return files_.picture(metadata->url, artUrl).value_or(std::vector<std::byte>());
 }
 
 PlayerAnswer<Done> MprisPlayer::setRatingOfCurrentTrack(int rating) {

@@ -8,6 +8,7 @@
 
 #include "players/MusicPlayer.h"
 #include "players/mpris/PlayerRoster.h"
+#include "players/mpris/artwork/WebPictures.h"
 #include "players/mpris/bus/MprisBus.h"
 #include "players/mpris/track/TrackFileReader.h"
 #include "players/mpris/track/TrackMetadata.h"
@@ -82,6 +83,7 @@ class MprisPlayer final : public MusicPlayer {
   const MprisDeadlines deadlines_;
   PlayerRoster roster_;
   TrackFileReader files_{TrackFileReader::kSettling, deadlines_.call};
+  WebPictures webPictures_{deadlines_.webPicture, [this] { roster_.lookAgainAtCurrent(); }};
   MprisBus bus_;  // Last: it reports to the roster until it ends.
 };
 

@@ -100,7 +100,11 @@ std::vector<PlayerDescription> PlayerRoster::descriptions() const {
 PlayerDescription PlayerRoster::currentDescription() const {
   const std::lock_guard lock(mutex_);
   const auto found = entries_.find(currentOwner_.value_or(""));
-  return found != entries_.end() ? describe(found->second) : PlayerDescription();
+  if (found != entries_.end()) return describe(found->second);
+  PlayerDescription nobody;
+  nobody.identity = pinnedName_;
+  nobody.known = hasChosen_;
+  return nobody;
 }
 
 PlayerDescription PlayerRoster::describe(const Entry& entry) {
@@ -251,6 +255,11 @@ void PlayerRoster::identityListed(const std::string& owner, const PropertyMap& p
 void PlayerRoster::lookAgain(const std::string& owner) {
   const std::lock_guard lock(mutex_);
   if (isCurrent(owner)) tell(PlayerNews::Changed);
+}
+
+void PlayerRoster::lookAgainAtCurrent() {
+  const std::lock_guard lock(mutex_);
+  if (currentOwner_) tell(PlayerNews::Changed);
 }
 
 void PlayerRoster::playerAnswered(const std::string& owner, const PropertyValue* status) {

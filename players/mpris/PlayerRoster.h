@@ -94,6 +94,8 @@ class PlayerRoster final : public MprisObserver {
   void propertiesListed(const std::string& owner, const PropertyMap& properties) override;
   void identityListed(const std::string& owner, const PropertyMap& properties) override;
   void lookAgain(const std::string& owner) override;
+  /// Tells that there is something new to see of the current player.
+  void lookAgainAtCurrent();
   void playerAnswered(const std::string& owner, const PropertyValue* status) override;
   bool knows(const std::string& owner) const override;
   bool isFollowed(const std::string& owner) const override;

@@ -22,6 +22,8 @@ struct MprisDeadlines {
   std::chrono::milliseconds greeting{300};
   /// For the bus, when the program connects to it at its start.
   std::chrono::milliseconds connecting{2000};
+  /// For a picture from the web, which is news when it comes later.
+  std::chrono::milliseconds webPicture{150};
 };
 
 /// The session bus, as far as players are concerned.

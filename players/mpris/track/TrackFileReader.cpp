@@ -6,6 +6,7 @@
 #include "players/mpris/artwork/Artwork.h"
 #include "players/mpris/track/FileUrl.h"
 #include "players/mpris/track/TimedLyrics.h"
+#include "players/mpris/track/UrlText.h"
 
 namespace Corvella {
 
@@ -95,24 +96,11 @@ std::string TrackFileReader::lyrics(const std::string& url, std::string_view pla
   return tags(url, playersText).lyrics;
 }
 
-std::optional<std::vector<std::byte>> TrackFileReader::toldPicture(const std::string& artUrl) {
-  if (!artUrl.starts_with("http")) return readArtwork(artUrl);
-  {
-    const std::lock_guard lock(mutex_);
-    if (artUrl == webUrl_) return webPicture_;
-  }
-  auto told = readArtwork(artUrl);
-  if (told) {
-    const std::lock_guard lock(mutex_);
-    webUrl_ = artUrl;
-    webPicture_ = *told;
-  }
-  return told;
-}
-
 std::optional<std::vector<std::byte>> TrackFileReader::picture(const std::string& url,
                                                                const std::string& artUrl) {
-  if (auto told = toldPicture(artUrl)) return told;
+  if (hasScheme(artUrl, "data")) {
+    if (auto told = readArtwork(artUrl)) return told;
+  }
   const auto deadline = std::chrono::steady_clock::now() + patience_;
   if (auto told = readFiles(artUrl, deadline, &readPictureFile)) return told;
   return readFiles(url, deadline, &pictureInTrack);

@@ -4,7 +4,6 @@
 #include <cstddef>
 #include <filesystem>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -36,8 +35,8 @@ class TrackFileReader {
   TrackTags tags(const std::string& url, std::string_view playersText = {});
   std::string lyrics(const std::string& url, std::string_view playersText);
 
-  /// The picture to show: the one behind `artUrl` (see `readArtwork`), else the one inside the
-  /// track's file.
+  /// The picture to show: the one that `artUrl` holds or the file that it means, else the one
+  /// inside the track's file. For addresses of the web see `WebPictures`.
   std::optional<std::vector<std::byte>> picture(const std::string& url,
                                                 const std::string& artUrl = {});
 
@@ -49,13 +48,6 @@ class TrackFileReader {
   auto readFiles(const std::string& url, TimedReads::Deadline deadline, Read read)
       -> decltype(read(Paths()));
 
-  /// What `readArtwork` gives. The last picture from the web is kept: each look at the player would
-  /// load it again, and show no picture meanwhile.
-  std::optional<std::vector<std::byte>> toldPicture(const std::string& artUrl);
-
-  std::mutex mutex_;  // Guards the last picture from the web and its address.
-  std::string webUrl_;
-  std::vector<std::byte> webPicture_;
   std::shared_ptr<RecentTags> recent_;  ///< Shared with reads that were given up.
   std::chrono::milliseconds patience_;
   std::shared_ptr<TimedReads> reads_;
