@@ -26,10 +26,14 @@ const std::vector<Rule>& rules() {
   constexpr auto kNext = "nextButton";
   constexpr auto kRating = "songRatingIndicator";
   constexpr auto kVolume = "soundVolume";
+  constexpr auto kLyrics = "toggleLyricsButton";
   static const std::vector<Rule> all{
-      {{kPrevious, kPlay, kNext, kRating, kVolume, "toggleLyricsButton"},
-       [](const auto& player) { return player.exists(); },
+      {{kPrevious, kPlay, kNext, kRating, kVolume, kLyrics},
+       [](const auto& player) { return player.exists() || !player.identity.empty(); },
        "No player is running"},
+      {{kPrevious, kPlay, kNext, kRating, kVolume, kLyrics},
+       [](const auto& player) { return player.exists(); },
+       "%1 is not running"},
       {{kPrevious, kPlay, kNext, kRating, kVolume},
        [](const auto& player) { return !player.silent; },
        "%1 does not answer"},

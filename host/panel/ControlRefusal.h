@@ -7,7 +7,7 @@
 
 namespace Corvella {
 
-/// Why a control cannot be used on this player, as its tooltip says it; empty when it can.
+/// Why a control cannot be used on this player, in plain text; empty when it can.
 QString controlRefusal(const std::string& identifier, const PlayerDescription& player);
 
 }  // namespace Corvella

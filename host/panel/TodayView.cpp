@@ -35,7 +35,8 @@ void TodayView::adopt(std::unique_ptr<Run> run, const std::string& player) {
   run_ = std::move(run);
   choice_ = player;
   display_ = {};
-  playerHasLeft_ = false;
+  playerHasLeft_ = !run_->session->isConnected();
+  rests_ = false;
   pages_.stop();
   auto& bridge = run_->bridge;
   connect(&bridge, &WidgetBridge::displayShown, this, &TodayView::show);
@@ -46,24 +47,34 @@ void TodayView::adopt(std::unique_ptr<Run> run, const std::string& player) {
 
 void TodayView::showPlayer(const std::string& player) {
   try {
-    auto run = startRun(player);
-    endLater(std::exchange(run_, nullptr));
-    adopt(std::move(run), player);
+    replaceRun(startRun(player), player);
   } catch (const std::runtime_error& error) {
     window().setNotice(error.what());
-    return;
   }
+}
+
+void TodayView::replaceRun(std::unique_ptr<Run> run, const std::string& player) {
+  endLater(std::exchange(run_, nullptr));
+  adopt(std::move(run), player);
   if (window_) {
     connectRunToWindow();
     window_->panel().forgetInput();
     window_->setNotice({});
   }
-  if (std::exchange(open_, false)) appear();
+  if (open_) begin();
 }
 
-/// Nothing that a player has left behind may stay on the display: no sign, no bar, no lyrics.
+/// Nothing that a player has left behind may stay on the display: no sign, no bar, no lyrics. So
+/// the widget starts anew even when the whole bus has gone, on no player then.
 void TodayView::startAnew() {
-  showPlayer(std::string(choice_));
+  const auto choice = choice_;
+  std::unique_ptr<Run> run;
+  try {
+    run = startRun(choice);
+  } catch (const std::runtime_error&) {
+    run = startRun("");
+  }
+  replaceRun(std::move(run), choice);
 }
 
 /// The end of a session waits for the script that is running. On the GUI thread this would stall
@@ -129,11 +140,17 @@ void TodayView::appear() {
   if (open_) return;
   if (playerHasLeft_) startAnew();
   open_ = true;
+  begin();
+  everyMinute_.start();
+  emit appeared();
+}
+
+/// Has the widget appear, which has just started or was hidden.
+void TodayView::begin() {
+  rests_ = false;
   run_->bridge.setListening(true);
   extension().appear();
   describePlayer();
-  everyMinute_.start();
-  emit appeared();
 }
 
 void TodayView::disappear() {
@@ -143,7 +160,7 @@ void TodayView::disappear() {
   window_->setNotice({});
   run_->bridge.setListening(false);
   extension().disappear();
-  emit titleChanged({});
+  setTitle({});
   emit disappeared();
 }
 
@@ -151,13 +168,19 @@ void TodayView::show(const WidgetSnapshot& snapshot) {
   display_.apply(snapshot);
   describePlayer();
   const auto* const title = display_.content<TextFieldContent>("songTitle");
-  if (open_ && title != nullptr) emit titleChanged(QString::fromStdString(title->text));
+  if (open_ && title != nullptr) setTitle(QString::fromStdString(title->text));
+}
+
+void TodayView::setTitle(const QString& title) {
+  title_ = title;
+  emit titleChanged(title);
 }
 
 /// What is told while the view is hidden costs nothing: it reads everything anew when it opens.
 void TodayView::hear(PlayerNews news) {
   playerHasLeft_ |= news == PlayerNews::Left;
   if (!open_) return;
+  if (news != PlayerNews::Left) describePlayer();
   switch (news) {
     case PlayerNews::Changed:
     case PlayerNews::Refused:
@@ -169,12 +192,20 @@ void TodayView::hear(PlayerNews news) {
     case PlayerNews::Left:
       return startAnew();
     case PlayerNews::Described:
-      return describePlayer();
+      return;
   }
 }
 
 void TodayView::describePlayer() {
-  if (window_) window_->showPlayer(run_->session->player());
+  const auto player = run_->session->player();
+  if (window_) window_->showPlayer(player);
+  if (open_) restWhile(player.silent);
+}
+
+/// The widget asks a player that plays once a second, and reports each question that fails.
+void TodayView::restWhile(bool playerIsSilent) {
+  if (std::exchange(rests_, playerIsSilent) == playerIsSilent) return;
+  playerIsSilent ? extension().disappear() : extension().appear();
 }
 
 PlayerList TodayView::players() const {

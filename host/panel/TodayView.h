@@ -54,6 +54,8 @@ class TodayView final : public QObject {
 
   /// Made by the first use.
   TodayWindow& window();
+  /// As `titleChanged` has told it last.
+  const QString& title() const { return title_; }
   /// What the widget shows.
   const WidgetDisplay& display() const { return display_; }
   /// See `WidgetSession`.
@@ -82,15 +84,20 @@ class TodayView final : public QObject {
 
   std::unique_ptr<Run> startRun(const std::string& player);
   void adopt(std::unique_ptr<Run> run, const std::string& player);
+  void replaceRun(std::unique_ptr<Run> run, const std::string& player);
   void endLater(std::unique_ptr<Run> run);
   void connectWindow();
   void connectRunToWindow();
   void startAnew();
   void appear();
+  void begin();
   void disappear();
   void hear(PlayerNews news);
   void show(const WidgetSnapshot& snapshot);
+  void setTitle(const QString& title);
   void describePlayer();
+  /// Has the widget disappear while its player does not answer, and appear again afterwards.
+  void restWhile(bool playerIsSilent);
   void showPlayerMenu();
   ExtensionThread& extension() const { return run_->session->extension(); }
 
@@ -100,11 +107,13 @@ class TodayView final : public QObject {
   std::vector<std::unique_ptr<Run>> endingRuns_;
   std::unique_ptr<TodayWindow> window_;
   WidgetDisplay display_;
+  QString title_;
   PageTurner pages_{this};
   QTimer everyMinute_{this};
   std::unique_ptr<PlayerMenu> menu_;
   bool open_ = false;  // Whether the widget is on the screen, and not put away by the desktop.
   bool playerHasLeft_ = false;
+  bool rests_ = false;  // Whether the widget has disappeared though the window is open.
 };
 
 }  // namespace Corvella

@@ -179,7 +179,9 @@ bool TodayWindow::isInFront() const {
 }
 
 void TodayWindow::showPlayer(const PlayerDescription& player) {
-  if (player == player_) return;  // It is told each second while a track plays.
+  // It is told each second while a track plays. Until there is something to tell, what was said of
+  // the player before is as good as anything.
+  if (player == player_ || !player.known) return;
   player_ = player;
   showPlayerLine();
   panel_.setPlayer(player);
@@ -194,7 +196,10 @@ void TodayWindow::showPlayerLine() {
   if (!notice_.isEmpty()) return playerButton_.showNotice(notice_);
   if (!player_) return playerButton_.showPlayer({});
   const auto identity = QString::fromStdString(player_->identity);
-  if (!player_->exists()) return playerButton_.showNotice("No player is running");
+  if (!player_->exists()) {
+    return playerButton_.showNotice(identity.isEmpty() ? "No player is running"
+                                                       : identity + " is not running");
+  }
   if (player_->silent) return playerButton_.showNotice(identity + " does not answer");
   playerButton_.showPlayer(identity);
 }

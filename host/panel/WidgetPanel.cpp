@@ -1,6 +1,7 @@
 #include "host/panel/WidgetPanel.h"
 
 #include <QKeyEvent>
+#include <QTextDocument>
 #include <algorithm>
 #include <cmath>
 #include <type_traits>
@@ -36,6 +37,11 @@ QString toolTipOf(const ViewSnapshot& view) {
                         ? QString("Show or hide the lyrics")
                         : QString::fromStdString(view.accessibilityLabel);
   return QString("%1 (%2)").arg(name, keys);
+}
+
+/// Players choose their names, and Qt would take some for rich text.
+QString plainToolTip(const QString& text) {
+  return Qt::mightBeRichText(text) ? "<span>" + text.toHtmlEscaped() + "</span>" : text;
 }
 
 void describe(QWidget& widget, const ViewSnapshot& view) {
@@ -116,11 +122,12 @@ void WidgetPanel::setPlayer(const PlayerDescription& player) {
 }
 
 void WidgetPanel::offer(const std::string& identifier, const Control& control) const {
-  const auto refusal = controlRefusal(identifier, player_);
+  auto refusal = controlRefusal(identifier, player_);
+  if (refusal.isEmpty()) refusal = control.refusal;
   control.widget->setEnabled(control.enabled && refusal.isEmpty());
   // A label's own tooltip is the text that it has no room for.
   if (dynamic_cast<TextLabel*>(control.widget.get()) != nullptr) return;
-  control.widget->setToolTip(refusal.isEmpty() ? control.toolTip : refusal);
+  control.widget->setToolTip(refusal.isEmpty() ? control.toolTip : plainToolTip(refusal));
 }
 
 void WidgetPanel::acknowledge(quint64 input) {
@@ -162,7 +169,11 @@ struct WidgetPanel::ContentDisplayer {
     widget.setGeometry(pixelRect(view.frame, panel.height_));
     widget.display(content);
     auto& control = panel.controls_[view.identifier];
-    if constexpr (std::is_same_v<Content, ButtonContent>) control.enabled = content.enabled;
+    if constexpr (std::is_same_v<Content, ButtonContent>) {
+      control.enabled = content.enabled;
+      // The widget does nothing on a click then.
+      control.refusal = content.title == "No Lyrics" ? "This track has no lyrics" : "";
+    }
     panel.offer(view.identifier, control);
     widget.show();
   }

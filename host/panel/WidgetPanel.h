@@ -64,6 +64,7 @@ class WidgetPanel final : public QWidget {
     std::optional<ViewSnapshot> waiting;
     QString toolTip;
     bool enabled = true;  // As far as the widget is concerned.
+    QString refusal;      // Why what it shows cannot be used, whoever plays; mostly empty.
   };
 
   void applyView(const ViewSnapshot& view);

@@ -75,6 +75,7 @@ void DesktopProgram::lookForTray() {
 
 void DesktopProgram::showTray() {
   tray_ = std::make_unique<Tray>(QApplication::windowIcon(), [this] { return view_.players(); });
+  tray_->setTitle(view_.title());
   QObject::connect(&view_, &TodayView::titleChanged, tray_.get(), &Tray::setTitle);
   auto& players = tray_->playerMenu();
   QObject::connect(&players, &PlayerMenu::chosen, &view_, &TodayView::showPlayer);

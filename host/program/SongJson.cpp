@@ -29,8 +29,7 @@ std::string lineOf(const QJsonObject& object) {
 SongJson songJson(const SongController& song, bool withLyrics,
                   const std::function<PlayerDescription()>& describe) {
   const bool running = song.running();
-  const auto player = describe();
-  QJsonObject object{{"player", running ? textOrNull(player.identity) : QJsonValue()}};
+  QJsonObject object{{"player", running ? textOrNull(describe().identity) : QJsonValue()}};
   if (!running) {
     for (const auto* key :
          {"title", "artist", "album", "state", "position", "length", "rating", "volume"}) {
@@ -47,8 +46,10 @@ SongJson songJson(const SongController& song, bool withLyrics,
   object["album"] = isSong ? textOrNull(info.album) : QJsonValue();
   object["state"] = textOrNull(song.playerState());
   object["length"] = length.toDouble() > 0 ? length : QJsonValue();
-  object["rating"] = info.ratings;
-  object["volume"] = info.volume;
+  // By now it is known whether the player answers, and what it keeps.
+  const auto player = describe();
+  object["rating"] = player.silent || !isSong ? QJsonValue() : info.ratings;
+  object["volume"] = player.silent || !player.keepsVolume ? QJsonValue() : info.volume;
   if (withLyrics) object["lyrics"] = QString::fromStdString(song.songLyrics());
   const auto withoutPosition = lineOf(object);
   object["position"] = isSong ? secondsOrNull(song.playerPosition()) : QJsonValue();

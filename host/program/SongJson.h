@@ -18,7 +18,7 @@ struct SongJson {
 /// - "title", "artist", "album": texts; null without a current track
 /// - "state": "playing", "paused" or "stopped"; null when the player does not say
 /// - "position", "length": seconds; null where they are not known
-/// - "rating", "volume": 0..100
+/// - "rating", "volume": 0..100; null where they are not known
 /// - "player": what the player calls itself; null when there is none
 /// - "lyrics", if asked for: a text, empty when there are none
 SongJson songJson(const SongController& song, bool withLyrics,

@@ -184,6 +184,10 @@ TEST_F(AnOpenTodayView, OffersWhatThePlayerCanDo) {
     settle();
     EXPECT_EQ(gate.count(""), commands);
   }
+  window.showPlayer({.name = "", .identity = "<b>B</b>"});
+  EXPECT_EQ(find("playButton")->toolTip(), "<span>&lt;b&gt;B&lt;/b&gt; is not running</span>");
+  window.showPlayer({.name = "", .identity = "", .known = false});
+  EXPECT_EQ(window.findChild<PlayerButton*>()->text(), "<b>B</b> is not running") << "for now";
   auto silent = able;
   silent.silent = true;
   window.showPlayer(silent);
@@ -249,6 +253,18 @@ TEST_F(AnOpenTodayView, StartsTheWidgetAnewWhenThePlayerHasLeft) {
   EXPECT_EQ(starts, 2);
   view.open();
   EXPECT_EQ(starts, 3);
+
+  // The same when the whole bus has gone. The widget starts on nobody then, and looks for the bus
+  // whenever the panel opens.
+  hasBus = false;
+  listener->playerNews(PlayerNews::Left);
+  EXPECT_TRUE(waitFor([&] { return started.empty(); }));
+  EXPECT_EQ(starts, 4);
+  view.hide();
+  hasBus = true;
+  view.open();
+  EXPECT_EQ(started, "mpv");
+  EXPECT_EQ(starts, 5);
 }
 
 TEST_F(AnOpenTodayView, ListsThePlayersToChooseFrom) {
@@ -277,6 +293,16 @@ TEST_F(AnOpenTodayView, TurnsWhileAPlayerHangs) {
   const auto* line = find<PlayerButton>("player");
   EXPECT_TRUE(waitFor([&] { return line->text() == "mpv does not answer"; }));
   gate.open();
+  settle();
+  // Until it answers, the widget does not ask it each second.
+  const auto asked = gate.scripts();
+  clock.advance(std::chrono::seconds(3));
+  settle();
+  EXPECT_EQ(gate.scripts(), asked);
+  const auto appearances = gate.appearances();
+  description.silent = false;
+  listener->playerNews(PlayerNews::Changed);
+  EXPECT_TRUE(waitFor([&] { return gate.appearances() > appearances; }));
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include <QTest>
 #include <chrono>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -78,6 +79,8 @@ class TodayViewRig : public HostParts {
   /// Who is to be told the news of the player, and how often the widget has been started.
   PlayerNewsListener* listener = nullptr;
   int starts = 0;
+  bool hasBus = true;        ///< Without one the widget starts on nobody only.
+  std::string started = {};  ///< The player that it was started on last.
   int raises = 0;
 
  private:
@@ -88,6 +91,7 @@ class TodayViewRig : public HostParts {
 
     ExtensionThread& extension() override { return extension_; }
     ScriptRunner& scripts() override { return rig_.gate; }
+    bool isConnected() const override { return !rig_.started.empty(); }
     PlayerDescription player() const override { return rig_.description; }
     std::vector<PlayerDescription> players() const override { return {rig_.description}; }
     void raisePlayer() override { ++rig_.raises; }
@@ -98,8 +102,10 @@ class TodayViewRig : public HostParts {
   };
 
  public:
-  TodayView view{[this](const std::string&, WidgetHost& host, PlayerNewsListener& news) {
+  TodayView view{[this](const std::string& name, WidgetHost& host, PlayerNewsListener& news) {
+                   if (!hasBus && !name.empty()) throw std::runtime_error("no session bus");
                    ++starts;
+                   started = name;
                    listener = &news;
                    return std::make_unique<Session>(*this, host);
                  },
