@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QGuiApplication>
 #include <QObject>
+#include <QSocketNotifier>
 #include <exception>
 #include <memory>
 #include <optional>
@@ -31,6 +32,9 @@ class Printer final : public QObject {
           const CommandOutput& output)
       : composition_(composition), commandLine_(commandLine), output_(output) {
     connect(&pages_, &PageTurner::pageIsDue, this, [this] { look(); });
+    // A reader that has gone is noticed at once. The next change may be far away, and each restart
+    // of a status bar would leave a program behind.
+    connect(&broken_, &QSocketNotifier::activated, this, [this] { end(nullptr); });
     start();
   }
 
@@ -115,6 +119,7 @@ class Printer final : public QObject {
   }
 
   void end(std::exception_ptr failure) {
+    broken_.setEnabled(false);
     failure_ = std::move(failure);
     // The loop may not have begun yet.
     QMetaObject::invokeMethod(qApp, "quit", Qt::QueuedConnection);
@@ -123,6 +128,7 @@ class Printer final : public QObject {
   const Composition& composition_;
   const CommandLine& commandLine_;
   const CommandOutput& output_;
+  QSocketNotifier broken_{output_.descriptor(), QSocketNotifier::Exception};
   PageTurner pages_{this};
   std::unique_ptr<Run> run_;
   WidgetDisplay display_;

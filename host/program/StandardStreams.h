@@ -22,6 +22,9 @@ class CommandOutput {
   /// Writes all of the text at once. Throws `std::runtime_error` when it cannot be written.
   void print(std::string_view text) const;
 
+  /// Stays owned by this object.
+  int descriptor() const { return output_.number(); }
+
  private:
   FileDescriptor output_;
 };

@@ -177,6 +177,15 @@ TEST_F(AUser, IsToldThatTheOutputIsClosed) {
   EXPECT_THAT(program.errors(), HasSubstr("cannot write to standard output"));
 }
 
+TEST_F(AUser, EndsWhatFollowsThePlayerByNotReadingOn) {
+  Process program({"bash", "-c",
+                   "$0 --print --json --follow --player embedded | read; echo ${PIPESTATUS[*]}",
+                   CORVELLA_PROGRAM});
+  EXPECT_EQ(program.wait(), 0) << program.errors();
+  EXPECT_EQ(program.output(), "0 0\n");
+  EXPECT_EQ(program.errors(), "");
+}
+
 TEST_F(AUser, HasOneInstanceThatLaterOnesTellWhatTheyAreStartedFor) {
   SingleInstance first(connection_);
   ASSERT_EQ(first.claimName(), SingleInstance::Role::First);
