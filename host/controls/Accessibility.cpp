@@ -17,12 +17,19 @@ class AccessibleRange final : public QAccessibleWidget, public QAccessibleValueI
       : QAccessibleWidget(&range, range.role()), range_(range) {}
 
   void* interface_cast(QAccessible::InterfaceType type) override {
-    if (type == QAccessible::ValueInterface) return static_cast<QAccessibleValueInterface*>(this);
+    // Qt offers to increase and decrease whatever has a number, and a bar that only shows how far
+    // something is cannot be moved.
+    const bool isFixed = range_.role() == QAccessible::ProgressBar;
+    if (type == QAccessible::ValueInterface && !isFixed) {
+      return static_cast<QAccessibleValueInterface*>(this);
+    }
     return QAccessibleWidget::interface_cast(type);
   }
 
+  /// Qt hands only the number on to AT-SPI, so the words are the description, too.
   QString text(QAccessible::Text kind) const override {
-    return kind == QAccessible::Value ? range_.valueText() : QAccessibleWidget::text(kind);
+    const bool isWanted = kind == QAccessible::Value || kind == QAccessible::Description;
+    return isWanted ? range_.valueText() : QAccessibleWidget::text(kind);
   }
 
   QVariant currentValue() const override { return range_.rangeValue(); }

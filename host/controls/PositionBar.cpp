@@ -33,6 +33,8 @@ double PositionBar::rangeMaximum() const {
 }
 
 QString PositionBar::valueText() const {
+  // A stream has no end.
+  if (!(rangeMaximum() > 0)) return timeText(std::max(0.0, content_.value - content_.minValue));
   return QString("%1 of %2").arg(timeText(rangeValue()), timeText(rangeMaximum()));
 }
 
@@ -44,7 +46,7 @@ double PositionBar::fraction() const {
 
 bool PositionBar::event(QEvent* event) {
   // Composed when it is asked for, because the position changes each second.
-  if (event->type() != QEvent::ToolTip || !(rangeMaximum() > 0)) return RangeWidget::event(event);
+  if (event->type() != QEvent::ToolTip) return RangeWidget::event(event);
   QToolTip::showText(static_cast<QHelpEvent*>(event)->globalPos(), valueText(), this);
   return true;
 }
