@@ -98,14 +98,29 @@ bool isTooLarge(long long width, long long height,
   return width * height > mostPixels;
 }
 
+/// Whether a PNG file has no end. libpng has all pixels before it comes to the mark there, and so
+/// does not look for it.
+bool isCutPng(std::string_view file) {
+  return isPng(file) && file.rfind("IEND\xae\x42\x60\x82") == std::string_view::npos;
+}
+
+/// Whether a PNG file has so many pixels that it must not be decoded as a whole, but has them in
+/// rows, so that Qt makes them fewer while it reads. PNG Specification, "IHDR Image header": width
+/// and height are bytes 16 to 23, and byte 28 is zero where pixels are in the order of rows.
+bool isPngForRows(std::string_view file) {
+  if (!isPng(file) || file.size() < 29 || file[28] != '\0') return false;
+  const auto number = [&](std::size_t at) {
+    long long result = 0;
+    for (const char c : file.substr(at, 4)) result = result << 8U | static_cast<unsigned char>(c);
+    return result;
+  };
+  return isTooLarge(number(16), number(20));
+}
+
 /// A PNG picture; null where the file is broken. Qt reads PNG files with libpng, too, but lets it
 /// write its complaints to standard error, past Qt's message handler. The interface of libpng that
 /// is used here keeps them to itself.
 QImage decodedPng(std::string_view file) {
-  // libpng has all pixels before it comes to the mark at the end, and so does not look for it.
-  constexpr std::string_view kEndOfFile = "IEND\xae\x42\x60\x82";
-  if (file.rfind(kEndOfFile) == std::string_view::npos) return {};
-
   png_image header{};
   header.version = PNG_IMAGE_VERSION;
   const auto release = [](png_image* image) { ::png_image_free(image); };
@@ -137,8 +152,9 @@ std::optional<NSDecodedImage> QtImageDecoder::decode(std::span<const std::byte> 
   // Qt takes bytes as characters.
   const auto* const chars = reinterpret_cast<const char*>(bytes.data());
   const std::string_view file(chars, bytes.size());
-  if (isCutJpeg(file) || isCutBmp(file)) return std::nullopt;
-  if (isPng(file)) {
+  if (isCutJpeg(file) || isCutBmp(file) || isCutPng(file)) return std::nullopt;
+  const bool isLargePng = isPngForRows(file);
+  if (isPng(file) && !isLargePng) {
     const auto image = decodedPng(file);
     return image.isNull() ? std::nullopt : std::optional(decodedImageOf(image));
   }
@@ -150,13 +166,16 @@ std::optional<NSDecodedImage> QtImageDecoder::decode(std::span<const std::byte> 
   const bool isJpeg = file.starts_with("\xff\xd8\xff");
   const auto work = isJpeg ? workOfJpeg(file) : JpegWork{.inRows = false};
   if (work.scans > kMostScans) return std::nullopt;
-  QImageReader reader(&buffer, isJpeg ? "jpeg" : QByteArray());
-  reader.setAutoDetectImageFormat(!isJpeg);
-  reader.setDecideFormatFromContent(!isJpeg);
+  const QByteArray format = isJpeg ? "jpeg" : isLargePng ? "png" : "";
+  QImageReader reader(&buffer, format);
+  reader.setAutoDetectImageFormat(format.isEmpty());
+  reader.setDecideFormatFromContent(format.isEmpty());
   reader.setAutoTransform(true);
   const QSize stored = reader.size();
-  const auto most = work.inRows ? kMostPixelsInRows : kMostPixels;
-  if (stored.isEmpty() || isTooLarge(stored.width(), stored.height(), most)) return std::nullopt;
+  const auto most = work.inRows || isLargePng ? kMostPixelsInRows : kMostPixels;
+  const bool isDrawing = reader.format().startsWith("svg");  // Drawn at whatever size is wanted.
+  if (stored.isEmpty()) return std::nullopt;
+  if (!isDrawing && isTooLarge(stored.width(), stored.height(), most)) return std::nullopt;
 
   reader.setScaledSize(withinBitmapLimits(stored));
   const QImage image = reader.read().convertToFormat(QImage::Format_ARGB32_Premultiplied);

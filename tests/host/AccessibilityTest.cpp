@@ -68,7 +68,8 @@ TEST_F(AnUnfoldedTodayView, TellsTheRoleTheNameAndTheValueOfEachControl) {
   EXPECT_TRUE(waitFor([&] { return find("playButton")->accessibleName() == "Play"; }));
   EXPECT_EQ(find("playButton")->toolTip(), "Play (Space)");
   auto* const position = QAccessible::queryAccessibleInterface(find("progressBar"));
-  EXPECT_THAT(position->text(QAccessible::Description).toStdString(), testing::EndsWith(" of 2:43"));
+  EXPECT_THAT(position->text(QAccessible::Description).toStdString(),
+              testing::EndsWith(" of 2:43"));
   auto* const rating = QAccessible::queryAccessibleInterface(find("songRatingIndicator"));
   EXPECT_EQ(rating->text(QAccessible::Description), "4 of 5 stars");
   EXPECT_EQ(position->valueInterface(), nullptr) << "what has a value can be set";

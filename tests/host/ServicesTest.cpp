@@ -61,11 +61,17 @@ TEST(APicture, KeepsItsSizeAndGetsABitmapThatIsNotLarge) {
     }
   }
   // Read row by row, a picture may be larger.
-  expectPicture(encoded({8000, 4000}, "JPEG"), {8000, 4000}, {512, 256});
+  for (const auto* format : {"JPEG", "PNG"}) {
+    expectPicture(encoded({8000, 4000}, format), {8000, 4000}, {512, 256});
+  }
   expectPicture(
       "<svg xmlns='http://www.w3.org/2000/svg' width='40' height='30'>"
       "<rect width='40' height='30' fill='#c81e28'/></svg>",
       {40, 30}, {40, 30});
+  expectPicture(
+      "<svg xmlns='http://www.w3.org/2000/svg' width='8000' height='8000'>"
+      "<rect width='8000' height='8000' fill='#c81e28'/></svg>",
+      {8000, 8000}, {512, 512});
 }
 
 TEST(ABrokenPicture, IsNoneAndNothingIsPrinted) {
@@ -82,7 +88,8 @@ TEST(ABrokenPicture, IsNoneAndNothingIsPrinted) {
   ASSERT_TRUE(writer.write(QImage({400, 300}, QImage::Format_RGB32)));
   const auto manyScans = progressive.data();
   const auto lastScan = manyScans.mid(manyScans.lastIndexOf("\xff\xda")).chopped(2);
-  constexpr QSize kHuge(5'478, 5'478);  // 30,008,484 pixels
+  constexpr QSize kHuge(5'478, 5'478);          // 30,008,484 pixels
+  constexpr QSize kHugeInRows(14'143, 14'143);  // 200,024,449 pixels
   const std::vector<std::pair<const char*, QByteArray>> rows{
       {"empty", {}},
       {"text", "<html>not found</html>"},
@@ -95,7 +102,7 @@ TEST(ABrokenPicture, IsNoneAndNothingIsPrinted) {
       {"PNG without its data", png.left(kHeaderEnd) + png.right(12)},
       {"PNG with too few rows", encoded({400, 301}, "PNG").left(kHeaderEnd) + png.mid(kHeaderEnd)},
       {"JPEG of many scans", manyScans.chopped(2) + lastScan.repeated(100) + manyScans.right(2)},
-      {"huge PNG", encoded(kHuge, "PNG", QImage::Format_Mono)},
+      {"huge PNG", encoded(kHugeInRows, "PNG", QImage::Format_Mono)},
       {"huge BMP", encoded(kHuge, "BMP", QImage::Format_Mono)}};
   for (const auto& [name, file] : rows) {
     testing::internal::CaptureStderr();  // The libraries behind Qt have their own ways to complain.
