@@ -29,6 +29,21 @@ ValueSlider::ValueSlider(QWidget* parent) : QSlider(Qt::Horizontal, parent) {
   setPageStep(2 * kStep);
   setFocusPolicy(Qt::TabFocus);
   setAttribute(Qt::WA_Hover);
+  connect(this, &QSlider::actionTriggered, this, &ValueSlider::askForStep);
+}
+
+/// Qt calls this when the thumb stands at its new place and the value has not followed yet. At the
+/// end of the range the thumb does not move, so the change is told by the kind of step.
+void ValueSlider::askForStep(int action) {
+  if (isSliderDown() || letsGo_) return;
+  int change = sliderPosition() - value();
+  if (action == SliderSingleStepAdd) change = singleStep();
+  if (action == SliderSingleStepSub) change = -singleStep();
+  if (action == SliderPageStepAdd) change = pageStep();
+  if (action == SliderPageStepSub) change = -pageStep();
+  if (change == 0) return;
+  setSliderPosition(value());
+  emit stepWanted(change);
 }
 
 void ValueSlider::display(const SliderContent& content) {
@@ -52,18 +67,24 @@ void ValueSlider::mouseMoveEvent(QMouseEvent* event) {
 }
 
 void ValueSlider::mouseReleaseEvent(QMouseEvent* event) {
-  if (event->button() == Qt::LeftButton) setSliderDown(false);
+  if (event->button() == Qt::LeftButton) letGo();
 }
 
 void ValueSlider::hideEvent(QHideEvent* event) {
   QSlider::hideEvent(event);
-  setSliderDown(false);
+  letGo();
 }
 
 /// A slider that is hidden or disabled under the user's finger hears of no release.
 void ValueSlider::changeEvent(QEvent* event) {
   QSlider::changeEvent(event);
-  if (event->type() == QEvent::EnabledChange && !isEnabled()) setSliderDown(false);
+  if (event->type() == QEvent::EnabledChange && !isEnabled()) letGo();
+}
+
+void ValueSlider::letGo() {
+  letsGo_ = true;
+  setSliderDown(false);
+  letsGo_ = false;
 }
 
 QRectF ValueSlider::thumb() const {

@@ -105,6 +105,10 @@ void TodayView::connectWindow() {
   connect(window_.get(), &TodayWindow::hidden, this, &TodayView::disappear);
   connect(window_.get(), &TodayWindow::playersAsked, this, &TodayView::showPlayerMenu);
   connect(window_.get(), &TodayWindow::closeRequested, this, &TodayView::closeRequested);
+  connect(&panel, &WidgetPanel::lookWanted, this, [this] {
+    extension().turnPage();
+    extension().settle(0);
+  });
   connect(&panel, &WidgetPanel::clicked, this,
           [this](const QString& control) { extension().click(control.toStdString()); });
   connect(&panel, &WidgetPanel::valueChosen, this,
@@ -116,6 +120,8 @@ void TodayView::connectWindow() {
 
 void TodayView::connectRunToWindow() {
   connect(&run_->bridge, &WidgetBridge::displayShown, window_.get(), &TodayWindow::apply);
+  connect(&run_->bridge, &WidgetBridge::hasSettled, &window_->panel(),
+          &WidgetPanel::takeWantedStep);
   connect(&run_->bridge, &WidgetBridge::pingAnswered, &window_->panel(), &WidgetPanel::acknowledge);
 }
 

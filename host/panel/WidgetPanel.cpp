@@ -222,6 +222,30 @@ void WidgetPanel::connectInput(ValueSlider& slider, const std::string& identifie
   connect(&slider, &QSlider::valueChanged, this,
           [this, identifier](int value) { choose(identifier, value); });
   connect(&slider, &QSlider::sliderReleased, this, &WidgetPanel::showWaiting);
+  connect(&slider, &ValueSlider::stepWanted, this,
+          [this, &slider](int change) { step(slider, change); });
+}
+
+/// Some players tell nobody when their volume is changed elsewhere. A step from the value that was
+/// shown would jump to near that one, so the value is read again, once for steps in quick
+/// succession: some players take a while to change it.
+void WidgetPanel::step(ValueSlider& slider, int change) {
+  constexpr qint64 kQuickMilliseconds = 1000;
+  const bool isFirst = !sinceStep_.isValid() || sinceStep_.hasExpired(kQuickMilliseconds);
+  sinceStep_.start();
+  if (wantedStep_ && wantedStep_->slider == &slider) {
+    wantedStep_->change += change;
+  } else if (isFirst) {
+    wantedStep_ = {&slider, change};
+    emit lookWanted();
+  } else {
+    slider.setValue(slider.value() + change);
+  }
+}
+
+void WidgetPanel::takeWantedStep() {
+  const auto wanted = std::exchange(wantedStep_, std::nullopt);
+  if (wanted) wanted->slider->setValue(wanted->slider->value() + wanted->change);
 }
 
 void WidgetPanel::connectInput(StarRating& rating, const std::string& identifier) {

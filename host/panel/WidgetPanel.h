@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QElapsedTimer>
 #include <QString>
 #include <QStringList>
 #include <QWidget>
@@ -38,7 +39,12 @@ class WidgetPanel final : public QWidget {
   /// The widget has dealt with every `valueChosen` up to this input.
   void acknowledge(quint64 input);
   /// There is another widget now, which will never answer what the one before was asked.
-  void forgetInput() { acknowledge(inputs_); }
+  void forgetInput() {
+    wantedStep_.reset();
+    acknowledge(inputs_);
+  }
+  /// What is shown has just been read from the player, as `lookWanted` has asked.
+  void takeWantedStep();
 
   /// Offers what this player is able to do. Other controls are disabled, and their tooltips say
   /// why.
@@ -50,6 +56,8 @@ class WidgetPanel final : public QWidget {
  signals:
   void clicked(const QString& identifier);
   void valueChosen(const QString& identifier, double value, quint64 input);
+  /// The user steps a value, which should be read again before.
+  void lookWanted();
   /// There are other lyrics to read now, or those of another song.
   void lyricsReplaced();
   /// That part of the panel is to be seen: the user moves a cursor there.
@@ -77,6 +85,7 @@ class WidgetPanel final : public QWidget {
   void showWaiting();
   void startLyricsOfAnotherSong();
   void choose(const std::string& identifier, double value);
+  void step(ValueSlider& slider, int change);
 
   bool has(const ViewSnapshot& view) const;
   template <typename Widget>
@@ -92,6 +101,12 @@ class WidgetPanel final : public QWidget {
   PlayerDescription player_;
   double height_ = 0;  // Of the widget, in points.
   QStringList song_;   // The texts that tell the song shown last from others.
+  struct WantedStep {
+    ValueSlider* slider;
+    int change;
+  };
+  std::optional<WantedStep> wantedStep_;  // Until the value has been read again.
+  QElapsedTimer sinceStep_;
   quint64 inputs_ = 0;
   quint64 acknowledged_ = 0;
 };

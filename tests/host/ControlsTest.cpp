@@ -109,6 +109,16 @@ TEST(AUsersInput, EndsInItsScript) {
   }
 }
 
+TEST(StepsOfTheVolume, StartFromThePlayersOwnAlsoWhenItHasToldNobody) {
+  Rig rig;
+  rig.open();
+  rig.settle();
+  rig.player.setSoundVolume(10);
+  for (int i = 0; i < 3; ++i) rig.press(Qt::Key_Up);
+  EXPECT_TRUE(Rig::waitFor([&] { return *rig.player.soundVolume() == 25; }));
+  EXPECT_EQ(rig.gate.count("set sound volume to 95"), 0);
+}
+
 TEST(EachControl, TellsItsNameAndItsKeysInItsToolTip) {
   Rig rig;
   rig.open();
