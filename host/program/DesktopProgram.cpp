@@ -21,7 +21,7 @@ constexpr std::chrono::seconds kLastLookForTray{15};
 QIcon programIcon() {
   // The icon theme has the icon only when the program is installed.
   if (QIcon::hasThemeIcon("corvella")) return QIcon::fromTheme("corvella");
-  const auto unpacked = ProgramFolders::resources() / "corvella.png";
+  const auto unpacked = ProgramFolders::resources() / "icons" / "256.png";
   return QPixmap(QString::fromStdString(unpacked), "png");
 }
 

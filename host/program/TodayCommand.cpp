@@ -107,7 +107,10 @@ int runTodayCommand(const CommandLine& commandLine) {
   const Composition composition;
   TodayView view(composition.starter(), commandLine.player);
   const bool noDisplay = QGuiApplication::platformName() == kNoDisplay;
-  if (noDisplay && !wantsNoDisplay) return drawInsteadOfWindow(view);
+  if (noDisplay && !wantsNoDisplay) {
+    if (commandLine.hidden) throw std::runtime_error("no display server can be reached");
+    return drawInsteadOfWindow(view);
+  }
   return DesktopProgram(view, instance, termination).run(commandLine.hidden);
 }
 
