@@ -6,12 +6,15 @@
 
 JOBS ?= $(shell nproc)
 ARGS ?=
+PREFIX ?= /usr/local
+DESTDIR ?=
 CLANG_FORMAT ?= clang-format-14
 
 # Clang 14's thread sanitizer cannot start where the kernel spreads addresses as widely as newer ones do.
 FIXED_ADDRESSES = $(shell setarch --addr-no-randomize true 2>/dev/null && echo setarch --addr-no-randomize)
 
-.PHONY: build run test benchmark sanitize asan-ubsan tsan check format check-format check-includes tidy clean help
+.PHONY: newest-compiler build run test install uninstall deb check-deb benchmark sanitize asan-ubsan tsan
+.PHONY: check format check-format check-includes check-versions tidy clean help
 
 build: packages-build build/release/build.ninja ## build the program: build/release/bin/corvella
 	cmake --build --preset release --parallel $(JOBS)
@@ -22,6 +25,23 @@ run: packages-run build ## build and start the program, with ARGS="..." as its a
 test: packages-test build/test/build.ninja ## build and run all tests
 	cmake --build --preset test --parallel $(JOBS)
 	ctest --preset test
+
+install: packages-build ## install the program under PREFIX, /usr/local if not given; DESTDIR goes before it
+	cmake --preset release -DCMAKE_INSTALL_PREFIX="$(PREFIX)"
+	cmake --build --preset release --parallel $(JOBS)
+	DESTDIR="$(DESTDIR)" cmake --install build/release
+
+uninstall: packages-build ## remove what `make install` with the same PREFIX and DESTDIR has installed
+	tools/uninstall "$(PREFIX)" "$(DESTDIR)"
+
+deb: packages-package ## build the Debian package corvella_VERSION_ARCH.deb in this folder
+	tools/build-package
+
+check-deb: packages-package packages-lint ## check the Debian package with lintian and the validators, and run what is in it
+	tools/check-package corvella_*.deb
+
+newest-compiler: packages-build ## build the program with the newest Clang that the system has packages of
+	tools/newest-compiler build/newest
 
 benchmark: packages-test build/test/build.ninja ## build and run all benchmarks, one after the other
 	cmake --build --preset test --parallel $(JOBS)
@@ -37,7 +57,10 @@ tsan: packages-test packages-clang build/tsan/build.ninja
 	cmake --build --preset tsan --parallel $(JOBS)
 	$(FIXED_ADDRESSES) ctest --preset tsan
 
-check: check-includes check-format tidy ## all checks that run no code
+check: check-versions check-includes check-format tidy ## all checks that run no code
+
+check-versions: ## check that all files tell the same version
+	tools/check-versions
 
 check-includes: ## check that each layer includes only what it may
 	tools/check-includes
@@ -57,7 +80,7 @@ clean: ## remove everything built
 help: ## show this list
 	@sed -n 's/^\([a-z-]*\):.*## /\1\t/p' Makefile | expand -t 16
 
-.PHONY: packages-build packages-run packages-test packages-check packages-clang
+.PHONY: packages-build packages-run packages-test packages-check packages-clang packages-package packages-lint
 packages-build:
 	@tools/install-packages build
 packages-run:
@@ -66,6 +89,10 @@ packages-test:
 	@tools/install-packages build run test
 packages-check:
 	@tools/install-packages build check
+packages-package:
+	@tools/install-packages build package
+packages-lint:
+	@tools/install-packages run lint
 packages-clang:
 	@tools/install-packages build clang
 
