@@ -30,9 +30,9 @@ int MprisPlayer::Described::ratingPoints(const TrackTags& tags,
   return said ? Corvella::ratingPoints(*said) : 0;
 }
 
-MprisPlayer::MprisPlayer(std::string pinnedName, const MprisDeadlines& deadlines,
+MprisPlayer::MprisPlayer(const std::string& pinnedName, const MprisDeadlines& deadlines,
                          PlayerNewsListener* listener)
-    : deadlines_(deadlines), roster_(std::move(pinnedName), listener), bus_(roster_, deadlines) {}
+    : deadlines_(deadlines), roster_(pinnedName, listener), bus_(roster_, deadlines) {}
 
 std::vector<Player> MprisPlayer::candidates() const {
   roster_.awaitList(deadlines_.call);

@@ -26,7 +26,7 @@ class MprisPlayer final : public MusicPlayer {
   /// Connects to the session bus and starts to follow its players. With a `pinnedName` only players
   /// of that name count (see `PlayerRoster`). `listener`, which may be null, outlives the player.
   /// Throws `std::runtime_error` when no bus is reachable.
-  explicit MprisPlayer(std::string pinnedName = {}, const MprisDeadlines& deadlines = {},
+  explicit MprisPlayer(const std::string& pinnedName = {}, const MprisDeadlines& deadlines = {},
                        PlayerNewsListener* listener = nullptr);
 
   /// The players on the bus that count, by name. Waits for the first list, at most one deadline.

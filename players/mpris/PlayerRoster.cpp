@@ -31,17 +31,24 @@ void readFlags(const PropertyMap& properties, PlayerDescription& description) {
   readFlag(properties, "CanPause", description.canPause);
 }
 
-/// What `--player` takes for a bus name.
+/// What `--player` takes for a bus name, which users may have written in any case.
 std::string shortName(std::string_view name) {
-  if (name.starts_with(kNamePrefix)) name.remove_prefix(kNamePrefix.size());
+  if (sameText(name.substr(0, kNamePrefix.size()), kNamePrefix)) {
+    name.remove_prefix(kNamePrefix.size());
+  }
   return std::string(name);
+}
+
+/// The name that a copy of a player adds ".instance…" to; the name itself of one that is no copy.
+std::string originalName(const std::string& name) {
+  return name.substr(0, name.find(".instance"));
 }
 
 }  // namespace
 
-PlayerRoster::PlayerRoster(std::string pinnedName, PlayerNewsListener* listener,
+PlayerRoster::PlayerRoster(const std::string& pinnedName, PlayerNewsListener* listener,
                            std::chrono::milliseconds betweenTracks)
-    : pinnedName_(std::move(pinnedName)), listener_(listener), betweenTracks_(betweenTracks) {}
+    : pinnedName_(shortName(pinnedName)), listener_(listener), betweenTracks_(betweenTracks) {}
 
 void PlayerRoster::awaitList(std::chrono::milliseconds deadline) const {
   std::unique_lock lock(mutex_);
@@ -66,7 +73,7 @@ std::optional<PlayerRoster::Player> PlayerRoster::current() {
   {
     const std::lock_guard lock(mutex_);
     if (currentOwner_) {
-      const auto* const held = find(*currentOwner_);
+      const auto* const held = findCurrent();
       return held != nullptr ? std::optional(snapshot(*held)) : std::nullopt;
     }
   }
@@ -92,15 +99,13 @@ std::vector<PlayerDescription> PlayerRoster::descriptions() const {
     const std::lock_guard lock(mutex_);
     for (const auto& [owner, entry] : entries_) all.push_back(describe(entry));
   }
-  std::sort(all.begin(), all.end(),
-            [](const auto& left, const auto& right) { return left.name < right.name; });
+  std::ranges::sort(all, {}, &PlayerDescription::name);
   return all;
 }
 
 PlayerDescription PlayerRoster::currentDescription() const {
   const std::lock_guard lock(mutex_);
-  const auto found = entries_.find(currentOwner_.value_or(""));
-  if (found != entries_.end()) return describe(found->second);
+  if (const auto* const current = findCurrent()) return describe(current->second);
   PlayerDescription nobody;
   nobody.identity = pinnedName_;
   nobody.known = hasChosen_;
@@ -123,7 +128,7 @@ void PlayerRoster::tell(PlayerNews news) const {
 
 void PlayerRoster::tellOfChoice() {
   if (!listed_) return;  // The first choice waits for the whole list.
-  if (currentOwner_ && !entries_.contains(*currentOwner_)) {
+  if (currentOwner_ && findCurrent() == nullptr) {
     if (!std::exchange(leftIsTold_, true)) tell(PlayerNews::Left);
     return;
   }
@@ -316,15 +321,22 @@ bool PlayerRoster::knows(const std::string& owner) const {
   return entries_.contains(owner);
 }
 
-bool PlayerRoster::counts(const Entry& entry) const {
-  if (pinnedName_.empty()) return true;
-  return std::any_of(entry.names.begin(), entry.names.end(), [this](std::string_view name) {
-    if (sameText(name, pinnedName_)) return true;
-    if (!name.starts_with(kNamePrefix)) return false;
-    name.remove_prefix(kNamePrefix.size());
-    return sameText(name, pinnedName_) ||
-           sameText(name.substr(0, name.find(".instance")), pinnedName_);
+/// Whether the player bears the pinned name itself.
+bool PlayerRoster::isPinned(const Entry& entry) const {
+  return std::ranges::any_of(entry.names, [this](const std::string& name) {
+    return sameText(shortName(name), pinnedName_);
   });
+}
+
+/// A copy of the pinned player stands in for it only while nobody bears the name itself: else the
+/// first of two copies could not be chosen.
+bool PlayerRoster::counts(const Entry& entry) const {
+  if (pinnedName_.empty() || isPinned(entry)) return true;
+  const bool isCopy = std::ranges::any_of(entry.names, [this](const std::string& name) {
+    return sameText(originalName(shortName(name)), pinnedName_);
+  });
+  return isCopy && std::ranges::none_of(
+                       entries_, [this](const auto& other) { return isPinned(other.second); });
 }
 
 void PlayerRoster::setState(Entry& entry, PlayerState state) {
@@ -342,6 +354,13 @@ PlayerRoster::Entries::value_type* PlayerRoster::find(const std::string& owner) 
   return found != entries_.end() ? &*found : nullptr;
 }
 
+/// A current player that does not count any more, because it has given up the pinned name or the
+/// one whose copy it is has come, has left as far as anyone can see.
+const PlayerRoster::Entries::value_type* PlayerRoster::findCurrent() const {
+  const auto found = entries_.find(currentOwner_.value_or(""));
+  return found != entries_.end() && counts(found->second) ? &*found : nullptr;
+}
+
 /// Some players say that they are stopped for a moment while they go to the next track. A player
 /// that is only paused must not take over the panel and its buttons meanwhile.
 bool PlayerRoster::isBetweenTracks(const Entry& entry) const {
@@ -349,14 +368,14 @@ bool PlayerRoster::isBetweenTracks(const Entry& entry) const {
          std::chrono::steady_clock::now() - *entry.stoppedPlaying < betweenTracks_;
 }
 
-PlayerRoster::Entries::value_type* PlayerRoster::choose() {
-  auto* const current = find(currentOwner_.value_or(""));
+const PlayerRoster::Entries::value_type* PlayerRoster::choose() const {
+  const auto* const current = findCurrent();
   const bool keeps = current != nullptr && !current->second.silent &&
                      current->second.state == PlayerState::Playing;
   if (keeps) return current;
-  Entries::value_type* best = nullptr;
+  const Entries::value_type* best = nullptr;
   const auto standing = [](const Entry& entry) { return std::pair(rank(entry), entry.lastChange); };
-  for (auto& each : entries_) {
+  for (const auto& each : entries_) {
     if (!counts(each.second)) continue;
     if (best == nullptr || standing(best->second) < standing(each.second)) best = &each;
   }

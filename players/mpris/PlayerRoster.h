@@ -48,12 +48,12 @@ class PlayerRoster final : public MprisObserver {
     bool operator==(const Player&) const = default;
   };
 
-  /// With a `pinnedName` only players of that name can become the current one: a whole bus name, or
-  /// what follows "org.mpris.MediaPlayer2." with or without a copy's ".instance…". The case of
-  /// ASCII letters does not matter. `listener`, which may be null, is told the news of the current
-  /// player. A player that stops playing stays the current one for the time `betweenTracks`, unless
-  /// another one plays.
-  explicit PlayerRoster(std::string pinnedName = {}, PlayerNewsListener* listener = nullptr,
+  /// With a `pinnedName` only players of that name can become the current one, or, while there is
+  /// none, copies of it: those that add ".instance…" to the name. It is a whole bus name or what
+  /// follows "org.mpris.MediaPlayer2."; the case of ASCII letters does not matter.
+  /// `listener`, which may be null, is told the news of the current player. A player that stops
+  /// playing stays the current one for the time `betweenTracks`, unless another one plays.
+  explicit PlayerRoster(const std::string& pinnedName = {}, PlayerNewsListener* listener = nullptr,
                         std::chrono::milliseconds betweenTracks = std::chrono::milliseconds(600));
 
   /// Waits until the players that were there at the start are known, at most until the deadline.
@@ -127,6 +127,8 @@ class PlayerRoster final : public MprisObserver {
   static int rank(const Entry& entry);
   bool isBetweenTracks(const Entry& entry) const;
   static PlayerDescription describe(const Entry& entry);
+  bool isPinned(const Entry& entry) const;
+  /// Whether the player can become the current one.
   bool counts(const Entry& entry) const;
   bool isCurrent(const std::string& owner) const;
   /// Tells the news, if any. With the lock held: the listener calls nobody.
@@ -138,8 +140,10 @@ class PlayerRoster final : public MprisObserver {
   void notice(const std::string& owner, std::optional<Value> Entry::*known, Value answer);
   /// The player of that owner; null when it is unknown.
   Entries::value_type* find(const std::string& owner);
+  /// The player that was chosen last; null when none was, or it has left.
+  const Entries::value_type* findCurrent() const;
   /// The player that is to be the current one; null when there is none.
-  Entries::value_type* choose();
+  const Entries::value_type* choose() const;
   static Player snapshot(const Entries::value_type& entry);
 
   const std::string pinnedName_;

@@ -215,6 +215,33 @@ TEST_F(ARoster, CountsOnlyPlayersOfThePinnedName) {
   EXPECT_FALSE(counts("vlc.instance42", "vlc"));
 }
 
+TEST_F(ARoster, TakesACopyForThePinnedPlayerOnlyWhileThatIsNotThere) {
+  roster_.emplace("vlc", &listener_);
+  roster_->playersListed();
+  appear("vlc.instance7", ":2", "Playing");
+  EXPECT_EQ(chosen(), ":2");
+  news();
+  appear("vlc", ":1", "Paused");
+  EXPECT_THAT(news(), testing::ElementsAre(PlayerNews::Left));
+  EXPECT_EQ(chosen(), ":1");
+}
+
+TEST_F(ARoster, CountsAPlayerThatGivesUpThePinnedNameAsLeft) {
+  for (const auto* const state : {"Playing", "Stopped"}) {  // One that stops may soon go on.
+    roster_.emplace("foo", &listener_);
+    roster_->playersListed();
+    appear("foo", ":1", "Playing");
+    appear("bar", ":1", "Playing");
+    EXPECT_EQ(chosenAfter(":1", "PlaybackStatus", state), ":1");
+    news();
+    roster_->playerVanished(kPrefix + "foo");
+    EXPECT_THAT(news(), testing::ElementsAre(PlayerNews::Left)) << state;
+    EXPECT_EQ(roster_->current(), std::nullopt);
+    EXPECT_FALSE(roster_->currentDescription().exists());
+    EXPECT_EQ(chosen(), "");
+  }
+}
+
 TEST_F(ARoster, AwaitsItsListUntilTheDeadline) {
   roster_->awaitList(milliseconds(1));
   std::atomic<bool> there = false;
