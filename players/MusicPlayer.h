@@ -55,7 +55,7 @@ class MusicPlayer {
 
   /// The current player as it is known; asks nobody and does not block.
   virtual PlayerDescription description() = 0;
-  /// All players that there are to choose from, likewise.
+  /// All players that there are to choose from, likewise; no two of the same identity.
   virtual std::vector<PlayerDescription> players() { return {description()}; }
   /// Has the current player bring up its window, where it can; does not wait for it.
   virtual void raise() {}

@@ -44,6 +44,16 @@ std::string originalName(const std::string& name) {
   return name.substr(0, name.find(".instance"));
 }
 
+/// Adds its name to the identity of each player that calls itself like another one, as copies of
+/// one program do.
+void tellApart(std::vector<PlayerDescription>& players) {
+  std::map<std::string, int> bearers;
+  for (const auto& player : players) ++bearers[player.identity];
+  for (auto& player : players) {
+    if (bearers[player.identity] > 1) player.identity += " (" + player.name + ")";
+  }
+}
+
 }  // namespace
 
 PlayerRoster::PlayerRoster(const std::string& pinnedName, PlayerNewsListener* listener,
@@ -100,6 +110,7 @@ std::vector<PlayerDescription> PlayerRoster::descriptions() const {
     for (const auto& [owner, entry] : entries_) all.push_back(describe(entry));
   }
   std::ranges::sort(all, {}, &PlayerDescription::name);
+  tellApart(all);
   return all;
 }
 

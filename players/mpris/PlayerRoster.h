@@ -68,8 +68,10 @@ class PlayerRoster final : public MprisObserver {
   /// All players that can become the current one, by name.
   std::vector<Player> candidates() const;
 
-  /// All players on the bus, by name, and the current one, which is empty when there is none.
+  /// All players on the bus, by name. Where several call themselves the same, their names are added
+  /// to what they call themselves.
   std::vector<PlayerDescription> descriptions() const;
+  /// The current player, which is empty when there is none.
   PlayerDescription currentDescription() const;
 
   /// Notes what a player answered to a caller.

@@ -242,6 +242,17 @@ TEST_F(ARoster, CountsAPlayerThatGivesUpThePinnedNameAsLeft) {
   }
 }
 
+TEST_F(ARoster, TellsPlayersApartThatCallThemselvesTheSame) {
+  for (const auto& [name, owner] : {std::pair("vlc", ":1"), {"vlc.instance7", ":2"}, {"b", ":3"}}) {
+    appear(name, owner, "Paused");
+    const PropertyValue identity{*name == 'v' ? "VLC" : "B"};
+    roster_->identityListed(owner, PropertyMap({{"Identity", identity}}));
+  }
+  std::vector<std::string> identities;
+  for (const auto& each : roster_->descriptions()) identities.push_back(each.identity);
+  EXPECT_THAT(identities, testing::ElementsAre("B", "VLC (vlc)", "VLC (vlc.instance7)"));
+}
+
 TEST_F(ARoster, AwaitsItsListUntilTheDeadline) {
   roster_->awaitList(milliseconds(1));
   std::atomic<bool> there = false;
