@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <exception>
 #include <memory>
 #include <system_error>
 
@@ -46,6 +47,16 @@ BusMessage methodCall(sd_bus* bus, const char* destination, const char* path, co
   BusMessage call(message);
   checkBus(sd_bus_message_append(message, types, arguments...), method);
   return call;
+}
+
+/// Runs a handler that sd-bus, which is C code, calls: no exception may leave it. A message that
+/// cannot be read is ignored.
+template <typename Action>
+void guarded(Action action) noexcept {
+  try {
+    action();
+  } catch (const std::exception&) {  // NOLINT(bugprone-empty-catch)
+  }
 }
 
 /// Connects to the session bus, which may take as long as `deadline`. Throws std::system_error.

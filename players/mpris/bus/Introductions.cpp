@@ -1,0 +1,136 @@
+#include "players/mpris/bus/Introductions.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "players/mpris/bus/BusMessages.h"
+#include "players/mpris/bus/MprisNames.h"
+
+namespace Corvella {
+
+using namespace MprisNames;
+
+namespace {
+
+constexpr std::string_view kNamePrefix = "org.mpris.MediaPlayer2.";
+// This program passes on what the other players say, so that they would be listed twice.
+constexpr std::string_view kProxyName = "org.mpris.MediaPlayer2.playerctld";
+
+}  // namespace
+
+bool isPlayerName(std::string_view name) {
+  return name.starts_with(kNamePrefix) && name != kProxyName;
+}
+
+void Introductions::askForNames() {
+  calls_.send(methodCall(calls_.bus(), kBusName, kBusPath, kBusName, "ListNames", ""),
+              microseconds(deadlines_.call), ofFirstList([this](sd_bus_message* reply) {
+                if (isError(reply)) return;
+                readTexts(reply, [this](const char* name) {
+                  if (isPlayerName(name)) findOwner(name);
+                });
+              }));
+}
+
+void Introductions::findOwner(const std::string& name) {
+  calls_.send(
+      methodCall(calls_.bus(), kBusName, kBusPath, kBusName, "GetNameOwner", "s", name.c_str()),
+      microseconds(deadlines_.call), ofFirstList([this, name](sd_bus_message* reply) {
+        if (isError(reply)) return;
+        const char* owner = nullptr;
+        checkBus(sd_bus_message_read_basic(reply, 's', &owner), "an owner");
+        greet(name, owner);
+      }));
+}
+
+void Introductions::greet(const std::string& name, const std::string& owner) {
+  observer_.playerAppeared(name, owner);
+  askStatus(owner);
+  toDescribe_[owner] = std::chrono::steady_clock::now() + deadlines_.greeting;
+}
+
+void Introductions::askStatus(const std::string& owner) {
+  // One question at a time is enough: its answer comes after the signal that led here, so it is
+  // not older than that signal. A flood of signals would otherwise become a flood of questions.
+  if (!asked_.insert(owner).second) return;
+  const auto start = std::chrono::steady_clock::now();
+  calls_.send(methodCall(calls_.bus(), owner.c_str(), kPlayerPath, kPropertiesInterface, "Get",
+                         "ss", kPlayerInterface, "PlaybackStatus"),
+              microseconds(deadlines_.greeting),
+              ofFirstList([this, owner, start](sd_bus_message* reply) {
+                asked_.erase(owner);
+                const auto time = std::chrono::steady_clock::now() - start;
+                statusReplied(owner, reply, time >= deadlines_.greeting);
+              }));
+}
+
+void Introductions::statusReplied(const std::string& owner, sd_bus_message* reply, bool late) {
+  if (!isError(reply)) {
+    const auto status = readVariant(reply);
+    observer_.playerAnswered(owner, &status);
+    describe(owner);
+  } else if (late) {
+    observer_.playerFellSilent(owner);
+    probe(owner);
+  } else {
+    observer_.playerAnswered(owner, nullptr);
+    describe(owner);
+  }
+}
+
+void Introductions::probe(const std::string& owner) {
+  if (!probed_.insert(owner).second) return;
+  const auto start = std::chrono::steady_clock::now();
+  // The question that players take longest to answer. One that answers it late would fall silent
+  // again at once, and the display would change with each of its answers.
+  calls_.getAll(owner, kPlayerInterface, BusCalls::kNoDeadline,
+                [this, owner, start](sd_bus_message* reply) {
+                  probed_.erase(owner);
+                  const auto time = std::chrono::steady_clock::now() - start;
+                  if (time >= deadlines_.call && observer_.knows(owner)) return probe(owner);
+                  const auto properties = listedIn(reply);
+                  observer_.playerAnswered(owner, properties.find("PlaybackStatus"));
+                  describe(owner);
+                });
+}
+
+/// Has a player that has answered say what it is able to do, and then who it is. One question at a
+/// time: the bus allows a connection no more than 128 that are not answered, and there may be many
+/// players.
+void Introductions::describe(const std::string& owner) {
+  const auto entry = toDescribe_.extract(owner);
+  if (!entry) return;
+  // The status and these two have one deadline together: the first list waits for them.
+  const auto end = entry.mapped();
+  askProperties(owner, kPlayerInterface, end, [this, owner, end](const PropertyMap& properties) {
+    observer_.propertiesListed(owner, properties);
+    askProperties(owner, kRootInterface, end, [this, owner](const PropertyMap& identity) {
+      observer_.identityListed(owner, identity);
+    });
+  });
+}
+
+/// `handler` gets an empty map from a player that does not list its properties in time.
+void Introductions::askProperties(const std::string& owner, const char* interface, TimePoint end,
+                                  std::function<void(const PropertyMap&)> handler) {
+  using namespace std::chrono_literals;
+  const auto left = std::max<std::chrono::nanoseconds>(end - std::chrono::steady_clock::now(), 1ms);
+  calls_.getAll(owner, interface, microseconds(left),
+                ofFirstList([handler = std::move(handler)](sd_bus_message* reply) {
+                  handler(listedIn(reply));
+                }));
+}
+
+BusCalls::ReplyHandler Introductions::ofFirstList(BusCalls::ReplyHandler handler) {
+  if (listed_) return handler;
+  ++outstanding_;
+  return [this, handler = std::move(handler)](sd_bus_message* reply) {
+    // A reply that cannot be read has ended all the same.
+    guarded([&] { handler(reply); });
+    if (--outstanding_ > 0) return;
+    listed_ = true;
+    observer_.playersListed();
+  };
+}
+
+}  // namespace Corvella

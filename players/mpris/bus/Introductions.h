@@ -1,0 +1,61 @@
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <map>
+#include <set>
+#include <string>
+#include <string_view>
+
+#include "players/mpris/bus/BusCalls.h"
+#include "players/mpris/bus/MprisBus.h"
+#include "players/mpris/bus/MprisObserver.h"
+
+namespace Corvella {
+
+/// Makes players known to an observer: those that are on the bus at the start, those that appear
+/// later, and those that answer again after they have been silent. Each is asked for its status,
+/// then what it is able to do and who it is.
+///
+/// Owned by `BusWatch` and used on its thread alone.
+class Introductions {
+ public:
+  /// `observer` and `calls` outlive this object.
+  Introductions(MprisObserver& observer, BusCalls& calls, const MprisDeadlines& deadlines)
+      : observer_(observer), calls_(calls), deadlines_(deadlines) {}
+
+  /// Introduces all players that there are. The observer is told once all of that has ended.
+  void askForNames();
+  /// Introduces a player that has appeared under that name.
+  void greet(const std::string& name, const std::string& owner);
+  /// Asks a player for its status, unless it is being asked.
+  void askStatus(const std::string& owner);
+  /// Asks a silent player until it has answered in time, unless it is being asked.
+  void probe(const std::string& owner);
+
+ private:
+  using TimePoint = std::chrono::steady_clock::time_point;
+
+  void findOwner(const std::string& name);
+  void statusReplied(const std::string& owner, sd_bus_message* reply, bool late);
+  void describe(const std::string& owner);
+  void askProperties(const std::string& owner, const char* interface, TimePoint end,
+                     std::function<void(const PropertyMap&)> handler);
+  /// The handler of a call that is part of the first list, if that is not complete yet.
+  BusCalls::ReplyHandler ofFirstList(BusCalls::ReplyHandler handler);
+
+  MprisObserver& observer_;
+  BusCalls& calls_;
+  const MprisDeadlines deadlines_;
+  std::set<std::string> asked_;   // Owners whose status has been asked for and not been answered.
+  std::set<std::string> probed_;  // Owners that are silent.
+  /// Players that have appeared and not answered yet, and until when they are to be described.
+  std::map<std::string, TimePoint> toDescribe_;
+  bool listed_ = false;
+  int outstanding_ = 0;  // Calls that make up the first list of players.
+};
+
+/// Whether players bear such names.
+bool isPlayerName(std::string_view name);
+
+}  // namespace Corvella
