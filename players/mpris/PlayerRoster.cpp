@@ -322,9 +322,13 @@ int PlayerRoster::rank(const Entry& entry) {
   return 1;
 }
 
+/// Not the current player alone: the news may be why another one is chosen, and the choice is made
+/// only after the watching thread has heard them.
 bool PlayerRoster::isFollowed(const std::string& owner) const {
+  if (listener_ == nullptr || !listener_->isListening()) return false;
   const std::lock_guard lock(mutex_);
-  return listener_ != nullptr && listener_->isListening() && isCurrent(owner);
+  const auto found = entries_.find(owner);
+  return found != entries_.end() && counts(found->second);
 }
 
 bool PlayerRoster::knows(const std::string& owner) const {

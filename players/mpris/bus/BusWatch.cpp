@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
+#include <cstdint>
+#include <optional>
 #include <system_error>
 #include <utility>
 
@@ -17,11 +19,12 @@ using namespace MprisNames;
 
 namespace {
 
-/// How long poll() may sleep before the connection has a deadline to look after: milliseconds, or
-/// -1 when there is none.
-int pollTimeout(sd_bus* bus) {
+/// How long poll() may sleep before the connection has a deadline to look after, or `other` has
+/// come: milliseconds, or -1 when there is nothing to wait for.
+int pollTimeout(sd_bus* bus, std::optional<std::chrono::steady_clock::time_point> other) {
   std::uint64_t due = 0;  // By the monotonic clock.
   checkBus(sd_bus_get_timeout(bus, &due), "sd_bus_get_timeout");
+  if (other) due = std::min(due, microseconds(other->time_since_epoch()));
   if (due == BusCalls::kNoDeadline) return -1;
   const auto now = microseconds(std::chrono::steady_clock::now().time_since_epoch());
   if (due <= now) return 0;
@@ -103,12 +106,7 @@ void BusWatch::turn() {
   std::array<pollfd, 2> descriptors{
       pollfd{.fd = sd_bus_get_fd(bus), .events = events, .revents = 0},
       pollfd{.fd = wakeUp_.descriptor(), .events = POLLIN, .revents = 0}};
-  // While a player is to be looked at again, the thread wakes up to see whether it is time.
-  const int longest =
-      secondLooks_.areWaiting() ? static_cast<int>(SecondLooks::kUntilAnswersAgree.count()) : -1;
-  const int timeout = pollTimeout(bus);
-  poll(descriptors.data(), descriptors.size(),
-       timeout < 0 || (longest >= 0 && longest < timeout) ? longest : timeout);
+  poll(descriptors.data(), descriptors.size(), pollTimeout(bus, secondLooks_.nextDue()));
   wakeUp_.clear();
   startProbes();
   startRaises();
@@ -116,7 +114,11 @@ void BusWatch::turn() {
 }
 
 void BusWatch::lookAgain() {
-  for (const auto& owner : secondLooks_.takeDue()) observer_.lookAgain(owner);
+  for (const auto& owner : secondLooks_.takeDue()) {
+    // It may have lost the panel to another player by the state that it answered too early.
+    introductions_.askStatus(owner);
+    observer_.lookAgain(owner);
+  }
 }
 
 void BusWatch::startProbes() {

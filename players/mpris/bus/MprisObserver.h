@@ -40,7 +40,7 @@ class MprisObserver {
   /// Whether the owner is a player that appeared and has not vanished.
   virtual bool knows(const std::string& owner) const = 0;
 
-  /// Whether somebody wants to see what becomes of this player.
+  /// Whether somebody may want to see what becomes of this player.
   virtual bool isFollowed(const std::string& owner) const = 0;
 
   /// A player did not answer in time; it is being probed.

@@ -1,5 +1,7 @@
 #include "players/mpris/bus/SecondLooks.h"
 
+#include <algorithm>
+
 #include "players/mpris/bus/MprisNames.h"
 #include "players/mpris/track/TrackMetadata.h"
 
@@ -46,6 +48,12 @@ std::vector<std::string> SecondLooks::takeDue() {
     return true;
   });
   return due;
+}
+
+std::optional<std::chrono::steady_clock::time_point> SecondLooks::nextDue() const {
+  const auto next =
+      std::ranges::min_element(waiting_, {}, [](const auto& waiting) { return waiting.second; });
+  return next != waiting_.end() ? std::optional(next->second) : std::nullopt;
 }
 
 }  // namespace Corvella

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -33,8 +34,8 @@ class SecondLooks {
 
   /// The players whose time has come, which are then forgotten.
   std::vector<std::string> takeDue();
-  /// Whether there are players whose time has not come.
-  bool areWaiting() const { return !waiting_.empty(); }
+  /// When the time of the next player comes; absent when no player waits.
+  std::optional<std::chrono::steady_clock::time_point> nextDue() const;
 
  private:
   /// The properties that a player has told, by name; the newest value of each.

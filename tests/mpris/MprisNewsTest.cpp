@@ -1,0 +1,77 @@
+#include <algorithm>
+#include <chrono>
+#include <cstddef>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "players/mpris/MprisPlayer.h"
+#include "tests/support/Eventually.h"
+#include "tests/support/FakeMprisPlayer.h"
+#include "tests/support/PrivateBus.h"
+
+namespace Corvella {
+namespace {
+
+/// A session bus with a paused player on it, and somebody who hears its news.
+class NewsOnTheBus : public testing::Test {
+ protected:
+  NewsOnTheBus() { fake_.show("Title", "Paused"); }
+
+  void connect() { player_ = std::make_unique<MprisPlayer>("", kPatience, &listener_); }
+  bool eventuallyTold(PlayerNews news, std::ptrdiff_t times) const {
+    return eventually([&] { return listener_.count(news) >= times; });
+  }
+
+  /// Deadlines that no player misses, however busy the machine is.
+  static constexpr MprisDeadlines kPatience{
+      .call = longestWait, .greeting = longestWait, .connecting = longestWait};
+
+  class Listener final : public PlayerNewsListener {
+   public:
+    void playerNews(PlayerNews told) override {
+      const std::lock_guard lock(mutex_);
+      news_.push_back(told);
+    }
+    std::ptrdiff_t count(PlayerNews news) const {
+      const std::lock_guard lock(mutex_);
+      return std::ranges::count(news_, news);
+    }
+
+   private:
+    mutable std::mutex mutex_;
+    std::vector<PlayerNews> news_;
+  };
+
+  PrivateBus bus_;
+  ScopedSessionBus session_{bus_.address()};
+  FakeMprisPlayer fake_{bus_.address(), "fake"};
+  Listener listener_;
+  std::unique_ptr<MprisPlayer> player_;
+};
+
+TEST_F(NewsOnTheBus, OfAnotherPlayerThatTellsThemTooEarlyAreLookedAtAgain) {
+  FakeMprisPlayer other(bus_.address(), "other");
+  connect();
+  player_->running();          // Waits until both are known.
+  fake_.announce("Metadata");  // Changed last, so that it is the one to be shown.
+  ASSERT_TRUE(
+      eventually([&] { return player_->running() && player_->description().name == "fake"; }));
+  const auto before = listener_.count(PlayerNews::Changed);
+
+  other.behave({.hangs = true});
+  other.set("PlaybackStatus", "Playing");
+  other.announce("PlaybackStatus");
+  ASSERT_TRUE(eventuallyTold(PlayerNews::Changed, before + 1));
+  player_->running();
+  ASSERT_EQ(player_->description().name, "other");
+  other.set("PlaybackStatus", "Paused");
+  other.behave({});
+
+  EXPECT_TRUE(eventuallyTold(PlayerNews::Changed, before + 2));
+}
+
+}  // namespace
+}  // namespace Corvella
