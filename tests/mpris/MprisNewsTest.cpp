@@ -15,12 +15,16 @@
 namespace Corvella {
 namespace {
 
+using namespace std::chrono_literals;
+
 /// A session bus with a paused player on it, and somebody who hears its news.
 class NewsOnTheBus : public testing::Test {
  protected:
   NewsOnTheBus() { fake_.show("Title", "Paused"); }
 
-  void connect() { player_ = std::make_unique<MprisPlayer>("", kPatience, &listener_); }
+  void connect(const MprisDeadlines& deadlines = kPatience) {
+    player_ = std::make_unique<MprisPlayer>("", deadlines, &listener_);
+  }
   bool eventuallyTold(PlayerNews news, std::ptrdiff_t times) const {
     return eventually([&] { return listener_.count(news) >= times; });
   }
@@ -71,6 +75,19 @@ TEST_F(NewsOnTheBus, OfAnotherPlayerThatTellsThemTooEarlyAreLookedAtAgain) {
   other.behave({});
 
   EXPECT_TRUE(eventuallyTold(PlayerNews::Changed, before + 2));
+}
+
+TEST_F(NewsOnTheBus, OfOneThatCannotAnswerYetWhenItAppearsAreLookedAtAgain) {
+  fake_.behave({.hangs = true});
+  connect({.call = 1ms, .greeting = longestWait});
+  ASSERT_TRUE(eventually([&] { return player_->running(); }));
+
+  fake_.set("PlaybackStatus", "Playing");
+  fake_.behave({.errors = {{"Get PlaybackStatus", "org.freedesktop.DBus.Error.UnknownObject"}},
+                .failsOnce = true});
+
+  EXPECT_TRUE(eventually([&] { return player_->description().playing; }));
+  EXPECT_TRUE(eventuallyTold(PlayerNews::Changed, 1));
 }
 
 }  // namespace

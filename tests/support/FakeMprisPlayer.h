@@ -70,6 +70,7 @@ class FakeMprisPlayer {
     bool hangs = false;     ///< Answers nothing; calls pile up until it behaves otherwise.
     std::string hangsAt{};  ///< Answers everything but such calls.
     std::map<std::string, std::string> errors{};  ///< What calls are answered with.
+    bool failsOnce = false;  ///< Each of the errors is for the first call of its name alone.
     /// The player leaves the bus for good when such a call comes, without an answer.
     std::string vanishesDuring{};
   };
@@ -228,7 +229,11 @@ class FakeMprisPlayer {
     const BusMessage owned(reply);
 
     const auto error = behaviour_.errors.find(request.name);
-    if (error != behaviour_.errors.end()) return fail(error->second);
+    if (error != behaviour_.errors.end()) {
+      fail(error->second);
+      if (behaviour_.failsOnce) behaviour_.errors.erase(error);
+      return;
+    }
     const bool isMissing =
         property == properties_.end() || request.ofRoot != (request.property == kIdentity);
     if (!request.property.empty() && isMissing) return fail(SD_BUS_ERROR_UNKNOWN_PROPERTY);

@@ -51,7 +51,7 @@ class BusWatch {
   BusConnection connection_;
   BusCalls calls_{connection_.get()};
   SecondLooks secondLooks_{observer_, calls_, deadlines_};
-  Introductions introductions_{observer_, calls_, deadlines_};
+  Introductions introductions_{observer_, calls_, secondLooks_, deadlines_};
 
   WakeUp wakeUp_;
   std::atomic<bool> stopping_{false};

@@ -46,7 +46,7 @@ void Introductions::findOwner(const std::string& name) {
 void Introductions::greet(const std::string& name, const std::string& owner) {
   observer_.playerAppeared(name, owner);
   askStatus(owner);
-  toDescribe_[owner] = std::chrono::steady_clock::now() + deadlines_.greeting;
+  greeted_[owner] = {.end = std::chrono::steady_clock::now() + deadlines_.greeting};
 }
 
 void Introductions::askStatus(const std::string& owner) {
@@ -74,8 +74,19 @@ void Introductions::statusReplied(const std::string& owner, sd_bus_message* repl
     probe(owner);
   } else {
     observer_.playerAnswered(owner, nullptr);
-    describe(owner);
+    greetAgain(owner);
   }
+}
+
+/// Some players take their name a moment before they answer under it, and do not tell when they do.
+void Introductions::greetAgain(const std::string& owner) {
+  const auto greeting = greeted_.find(owner);
+  const bool isFirst = greeting != greeted_.end() && !greeting->second.isSecond;
+  describe(owner);
+  if (!isFirst) return;
+  secondLooks_.lookLater(owner);
+  const auto when = std::chrono::steady_clock::now() + SecondLooks::kUntilAnswersAgree;
+  greeted_[owner] = {.end = when + deadlines_.greeting, .isSecond = true};
 }
 
 void Introductions::probe(const std::string& owner) {
@@ -98,10 +109,10 @@ void Introductions::probe(const std::string& owner) {
 /// time: the bus allows a connection no more than 128 that are not answered, and there may be many
 /// players.
 void Introductions::describe(const std::string& owner) {
-  const auto entry = toDescribe_.extract(owner);
-  if (!entry) return;
+  const auto greeting = greeted_.extract(owner);
+  if (!greeting) return;
   // The status and these two have one deadline together: the first list waits for them.
-  const auto end = entry.mapped();
+  const auto end = greeting.mapped().end;
   askProperties(owner, kPlayerInterface, end, [this, owner, end](const PropertyMap& properties) {
     observer_.propertiesListed(owner, properties);
     askProperties(owner, kRootInterface, end, [this, owner](const PropertyMap& identity) {

@@ -10,6 +10,7 @@
 #include "players/mpris/bus/BusCalls.h"
 #include "players/mpris/bus/MprisBus.h"
 #include "players/mpris/bus/MprisObserver.h"
+#include "players/mpris/bus/SecondLooks.h"
 
 namespace Corvella {
 
@@ -20,9 +21,10 @@ namespace Corvella {
 /// Owned by `BusWatch` and used on its thread alone.
 class Introductions {
  public:
-  /// `observer` and `calls` outlive this object.
-  Introductions(MprisObserver& observer, BusCalls& calls, const MprisDeadlines& deadlines)
-      : observer_(observer), calls_(calls), deadlines_(deadlines) {}
+  /// `observer`, `calls` and `secondLooks` outlive this object.
+  Introductions(MprisObserver& observer, BusCalls& calls, SecondLooks& secondLooks,
+                const MprisDeadlines& deadlines)
+      : observer_(observer), calls_(calls), secondLooks_(secondLooks), deadlines_(deadlines) {}
 
   /// Introduces all players that there are. The observer is told once all of that has ended.
   void askForNames();
@@ -36,9 +38,15 @@ class Introductions {
  private:
   using TimePoint = std::chrono::steady_clock::time_point;
 
+  struct Greeting {
+    TimePoint end;  ///< Until when the player is to be described.
+    bool isSecond = false;
+  };
+
   void findOwner(const std::string& name);
   void statusReplied(const std::string& owner, sd_bus_message* reply, bool late);
   void describe(const std::string& owner);
+  void greetAgain(const std::string& owner);
   void askProperties(const std::string& owner, const char* interface, TimePoint end,
                      std::function<void(const PropertyMap&)> handler);
   /// The handler of a call that is part of the first list, if that is not complete yet.
@@ -46,11 +54,11 @@ class Introductions {
 
   MprisObserver& observer_;
   BusCalls& calls_;
+  SecondLooks& secondLooks_;
   const MprisDeadlines deadlines_;
   std::set<std::string> asked_;   // Owners whose status has been asked for and not been answered.
   std::set<std::string> probed_;  // Owners that are silent.
-  /// Players that have appeared and not answered yet, and until when they are to be described.
-  std::map<std::string, TimePoint> toDescribe_;
+  std::map<std::string, Greeting> greeted_;  // Those that have not been asked who they are.
   bool listed_ = false;
   int outstanding_ = 0;  // Calls that make up the first list of players.
 };

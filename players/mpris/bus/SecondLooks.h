@@ -13,8 +13,8 @@
 namespace Corvella {
 
 /// Finds the players that are to be looked at once more a moment after their news. Some players
-/// send a signal a little before they answer with the new values, so that who looks at once sees
-/// the old ones.
+/// send a signal a little before they answer with the new values, or appear a little before they
+/// answer at all, so that who looks at once sees what is not so for long.
 ///
 /// Owned by `BusWatch` and used on its thread alone.
 class SecondLooks {
