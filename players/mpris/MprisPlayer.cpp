@@ -18,6 +18,13 @@ std::string textOr(std::string text, const char* otherwise) {
   return text.empty() ? otherwise : std::move(text);
 }
 
+/// The track's length as far as a difference of it is seen. Some players guess it at first, correct
+/// it while they play, and tell nobody.
+std::string wholeSeconds(const TrackMetadata& metadata) {
+  return std::to_string(
+      std::chrono::round<std::chrono::seconds>(metadata.length.value_or(0us)).count());
+}
+
 }  // namespace
 
 /// A track that its player does not know a rating of may have one in its own file.
@@ -91,8 +98,8 @@ PlayerAnswer<Track> MprisPlayer::currentTrack() {
   auto& metadata = described->metadata;
   auto tags = files_.tags(metadata.url, metadata.asText);
   const int rating = described->ratingPoints(tags, player->name);
-  roster_.noticeTrack(player->owner,
-                      metadata.artist + '\n' + metadata.album + '\n' + std::to_string(rating));
+  roster_.noticeTrack(player->owner, metadata.artist + '\n' + metadata.album + '\n' +
+                                         std::to_string(rating) + '\n' + wholeSeconds(metadata));
   return Track{.name = std::move(metadata.title),
                .artist = textOr(std::move(metadata.artist), "Unknown Artist"),
                .album = textOr(std::move(metadata.album), "Unknown Album"),

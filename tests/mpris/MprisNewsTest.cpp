@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <mutex>
 #include <vector>
@@ -88,6 +89,21 @@ TEST_F(NewsOnTheBus, OfOneThatCannotAnswerYetWhenItAppearsAreLookedAtAgain) {
 
   EXPECT_TRUE(eventually([&] { return player_->description().playing; }));
   EXPECT_TRUE(eventuallyTold(PlayerNews::Changed, 1));
+}
+
+TEST_F(NewsOnTheBus, ThatAreNotToldAreFoundInTheNextAnswer) {
+  const auto setLength = [this](std::int64_t microseconds) {
+    fake_.setMetadata({{"xesam:title", "Title"}, {"mpris:length", microseconds}});
+  };
+  setLength(360'100'000);
+  connect();
+  ASSERT_TRUE(player_->running());
+  player_->currentTrack();
+  setLength(180'600'000);
+  for (int answer = 0; answer < 2; ++answer) {
+    player_->currentTrack();
+    EXPECT_EQ(listener_.count(PlayerNews::Changed), 1);
+  }
 }
 
 }  // namespace
