@@ -65,6 +65,7 @@ PlayerAnswer<std::optional<std::chrono::microseconds>> MprisPlayer::playerPositi
   const auto value = get(*player, "Position");
   if (!value) return value.failure();
   const auto position = positionOf(&*value);
+  if (position && roster_.standsStill(player->owner, *position)) noticeState(*player);
   // Some players that have stopped refuse to say where, which would leave the last position shown.
   if (!position && player->state == PlayerState::Stopped) return std::optional(0us);
   return position;

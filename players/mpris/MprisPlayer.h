@@ -70,6 +70,7 @@ class MprisPlayer final : public MusicPlayer {
   PlayerAnswer<PlayerState> stateIn(const PlayerRoster::Player& player,
                                     const PropertyMap& properties);
   PlayerAnswer<PlayerAbilities> abilitiesOf(const PlayerRoster::Player& player);
+  void noticeState(const PlayerRoster::Player& player);
   PlayerAnswer<Done> call(const PlayerRoster::Player& player, const char* method);
   PlayerAnswer<Done> play(const PlayerRoster::Player& player);
   PlayerAnswer<TrackMetadata> titled(const PlayerRoster::Player& player, TrackMetadata metadata,

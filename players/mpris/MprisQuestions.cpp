@@ -83,6 +83,12 @@ PlayerAnswer<PlayerState> MprisPlayer::stateIn(const Player& player,
   return state;
 }
 
+/// Looks whether a player that plays, as far as is known, has stopped without telling.
+void MprisPlayer::noticeState(const Player& player) {
+  const auto status = get(player, "PlaybackStatus");
+  if (status) roster_.noticeState(player.owner, stateOf(&*status));
+}
+
 PlayerAnswer<PlayerAbilities> MprisPlayer::abilitiesOf(const Player& player) {
   if (player.abilities) return *player.abilities;
   const auto properties = getAll(player);

@@ -44,6 +44,11 @@ std::string originalName(const std::string& name) {
   return name.substr(0, name.find(".instance"));
 }
 
+/// The news that a player has changed that is in this state now.
+PlayerNews newsOf(PlayerState state) {
+  return state == PlayerState::Playing ? PlayerNews::Changed : PlayerNews::Halted;
+}
+
 /// Adds its name to the identity of each player that calls itself like another one, as copies of
 /// one program do.
 void tellApart(std::vector<PlayerDescription>& players) {
@@ -189,6 +194,25 @@ void PlayerRoster::noticeTrack(const std::string& owner, std::string description
   notice(owner, &Entry::track, std::move(description));
 }
 
+void PlayerRoster::noticeState(const std::string& owner, PlayerState state) {
+  const std::lock_guard lock(mutex_);
+  auto* const found = find(owner);
+  if (found == nullptr || found->second.state == state) return;
+  setState(found->second, state);
+  if (isCurrent(owner)) tell(newsOf(state));
+  tellOfChoice();
+}
+
+bool PlayerRoster::standsStill(const std::string& owner, std::chrono::microseconds position) {
+  const std::lock_guard lock(mutex_);
+  auto* const found = find(owner);
+  if (found == nullptr) return false;
+  auto& entry = found->second;
+  const bool moved = std::exchange(entry.position, position) != position;
+  const bool isKnown = std::exchange(entry.standsStill, !moved);
+  return !moved && !isKnown && entry.state == PlayerState::Playing;
+}
+
 void PlayerRoster::expectChange(const std::string& owner) {
   const std::lock_guard lock(mutex_);
   if (auto* const found = find(owner)) found->second.forgetAnswers();
@@ -235,7 +259,7 @@ void PlayerRoster::propertiesChanged(const std::string& owner, const PropertyMap
     if (describe(entry) != described) tell(PlayerNews::Described);
     for (const auto* const name : {"PlaybackStatus", "Metadata", "Volume", "Rating"}) {
       if (changed.contains(name) || isListed(invalidated, name)) {
-        tell(entry.state == PlayerState::Playing ? PlayerNews::Changed : PlayerNews::Halted);
+        tell(newsOf(entry.state));
         break;
       }
     }

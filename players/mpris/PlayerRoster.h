@@ -83,6 +83,12 @@ class PlayerRoster final : public MprisObserver {
   /// compares titles alone: where the answer differs from the one before, that is news.
   void noticeVolume(const std::string& owner, int volume);
   void noticeTrack(const std::string& owner, std::string description);
+  /// The same for its state.
+  void noticeState(const std::string& owner, PlayerState state);
+  /// Notes the position that a player answered. Whether it plays, as far as is known, and has come
+  /// no further since its last answer; once, until it moves again. It may have paused without a
+  /// word, but also be waiting for a stream.
+  bool standsStill(const std::string& owner, std::chrono::microseconds position);
   /// The player has been told to do something, so that its next answers are no surprise.
   void expectChange(const std::string& owner);
 
@@ -118,6 +124,8 @@ class PlayerRoster final : public MprisObserver {
     // As answered last; absent when the next answer is no news, whatever it is.
     std::optional<int> volume;
     std::optional<std::string> track;
+    std::optional<std::chrono::microseconds> position;
+    bool standsStill = false;  // And that has been said.
 
     void forgetAnswers() {
       volume.reset();

@@ -106,5 +106,21 @@ TEST_F(NewsOnTheBus, ThatAreNotToldAreFoundInTheNextAnswer) {
   }
 }
 
+TEST_F(NewsOnTheBus, OfAPauseAreFoundWhereThePositionStandsStill) {
+  fake_.set("PlaybackStatus", "Playing");
+  connect();
+  ASSERT_TRUE(player_->running());
+  fake_.forgetCalls();
+  for (int answer = 0; answer < 3; ++answer) player_->playerPosition();
+  EXPECT_EQ(fake_.received("Get PlaybackStatus"), 1);  // It waits for a stream.
+  EXPECT_EQ(listener_.count(PlayerNews::Halted), 0);
+
+  fake_.set("Position", INT64_C(1));
+  fake_.set("PlaybackStatus", "Paused");
+  for (int answer = 0; answer < 3; ++answer) player_->playerPosition();
+  EXPECT_EQ(fake_.received("Get PlaybackStatus"), 2);
+  EXPECT_EQ(listener_.count(PlayerNews::Halted), 1);
+}
+
 }  // namespace
 }  // namespace Corvella
