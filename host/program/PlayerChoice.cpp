@@ -60,7 +60,8 @@ std::string whyNotShown(const MprisPlayer& player, const std::string& name) {
 
 ChosenPlayer makePlayer(const std::string& choice, const PlayerParts& parts) {
   const auto makeEmbedded = [&] {
-    return ChosenPlayer{std::make_unique<EmbeddedPlayer>(parts.clock, parts.bundle)};
+    return ChosenPlayer{std::make_unique<EmbeddedPlayer>(parts.clock, parts.bundle,
+                                                         embeddedTracks(), &parts.listener)};
   };
   if (choice.empty()) {
     ChosenPlayer nobody{std::make_unique<NoPlayer>("The session bus")};

@@ -29,13 +29,16 @@ Duration lengthOf(const std::vector<EmbeddedTrack>& tracks) {
 }  // namespace
 
 EmbeddedPlayer::EmbeddedPlayer(const Clock& clock, const NSBundle& bundle,
-                               std::vector<EmbeddedTrack> tracks)
+                               std::vector<EmbeddedTrack> tracks, PlayerNewsListener* listener)
     : clock_(clock),
       bundle_(bundle),
+      listener_(listener),
       tracks_(std::move(tracks)),
       state_(tracks_.empty() ? PlayerState::Stopped : PlayerState::Playing),
       asOf_(clock.now()) {
   assert(everyTrackEnds(tracks_));
+  if (listener_ == nullptr) return;
+  thread_ = std::jthread([this](const std::stop_token& stop) { tellEnds(stop); });
 }
 
 PlayerAnswer<PlayerState> EmbeddedPlayer::playerState() {
@@ -107,6 +110,7 @@ PlayerAnswer<Done> EmbeddedPlayer::perform(PlaybackRequest request) {
       position_ = Duration::zero();
       break;
   }
+  expectEnd();
   return Done{};
 }
 
@@ -116,6 +120,7 @@ EmbeddedTrack* EmbeddedPlayer::trackNow() {
   if (state_ == PlayerState::Playing) position_ += passed;
   if (tracks_.empty()) return nullptr;
   if (position_ >= lengthOf(tracks_[current_])) carryOver();
+  expectEnd();
   return &tracks_[current_];
 }
 
@@ -125,6 +130,29 @@ void EmbeddedPlayer::carryOver() {
   while (position_ >= lengthOf(tracks_[current_])) {
     position_ -= lengthOf(tracks_[current_]);
     current_ = (current_ + 1) % tracks_.size();
+  }
+}
+
+void EmbeddedPlayer::expectEnd() {
+  const bool awaited =
+      listener_ != nullptr && listener_->isListening() && state_ == PlayerState::Playing;
+  const auto end =
+      awaited ? std::optional(asOf_ + lengthOf(tracks_[current_]) - position_) : std::nullopt;
+  if (std::exchange(expectedEnd_, end) != end) expectationChanged_.notify_one();
+}
+
+void EmbeddedPlayer::tellEnds(const std::stop_token& stop) {
+  std::unique_lock lock(mutex_);
+  while (!stop.stop_requested()) {
+    const auto end = expectedEnd_;
+    const auto changed = [&] { return expectedEnd_ != end; };
+    if (!end) {
+      expectationChanged_.wait(lock, stop, changed);
+    } else if (!expectationChanged_.wait_until(lock, stop, *end, changed) &&
+               !stop.stop_requested()) {
+      trackNow();
+      listener_->playerNews(PlayerNews::Changed);
+    }
   }
 }
 

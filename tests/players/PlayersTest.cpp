@@ -1,3 +1,4 @@
+#include <atomic>
 #include <chrono>
 #include <optional>
 #include <set>
@@ -10,6 +11,7 @@
 #include <gmock/gmock.h>
 
 #include "players/embedded/EmbeddedPlayer.h"
+#include "tests/support/Eventually.h"
 #include "tests/support/FakeMusicPlayer.h"
 #include "tests/support/ManualClock.h"
 #include "tests/support/ScriptedStack.h"
@@ -167,6 +169,18 @@ TEST_F(AnEmbeddedPlayer, ShowsTheCurrentTracksCoverIfItHasOne) {
     EXPECT_EQ(*player_->artworkOfCurrentTrack(), shown);
     clock_.advance(1s);
   }
+}
+
+TEST(TracksThatEndByThemselves, AreNewsForOneWhoListens) {
+  struct Listener final : PlayerNewsListener {
+    void playerNews(PlayerNews told) override { ends += told == PlayerNews::Changed; }
+    std::atomic<int> ends = 0;
+  };
+  const SteadyClock clock;
+  Listener listener;
+  EmbeddedPlayer player(clock, kResources, {track("A", 1ms), track("B", 1ms)}, &listener);
+  player.currentTrack();
+  EXPECT_TRUE(eventually([&] { return listener.ends > 2; }));
 }
 
 TEST(TheBuiltInTracks, KeepWhatATrackPromises) {
