@@ -6,7 +6,6 @@
 #include <map>
 #include <mutex>
 #include <optional>
-#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -14,18 +13,11 @@
 #include "players/MusicPlayer.h"
 #include "players/PlayerDescription.h"
 #include "players/PlayerNews.h"
+#include "players/mpris/KnownPlayer.h"
 #include "players/mpris/bus/MprisObserver.h"
 #include "players/mpris/bus/PropertyValue.h"
 
 namespace Corvella {
-
-/// What a player is able to do, as its own list of properties tells.
-struct PlayerAbilities {
-  bool listsVolume = false;
-  bool listsRating = false;
-
-  bool operator==(const PlayerAbilities&) const = default;
-};
 
 /// The players on the bus, and which of them is the current one: the current one as long as it
 /// plays; else one that plays; else the one that changed last, stopped ones after all others. One
@@ -74,6 +66,8 @@ class PlayerRoster final : public MprisObserver {
   /// The current player, which is empty when there is none.
   PlayerDescription currentDescription() const;
 
+  // In PlayerRosterNews.cpp: what players answer to callers and tell.
+
   /// Notes what a player answered to a caller.
   void learn(const std::string& owner, PlayerAbilities abilities);
   void learn(const std::string& owner, PlayerState state);
@@ -85,9 +79,9 @@ class PlayerRoster final : public MprisObserver {
   void noticeTrack(const std::string& owner, std::string description);
   /// The same for its state.
   void noticeState(const std::string& owner, PlayerState state);
-  /// Notes the position that a player answered. Whether it plays, as far as is known, and has come
-  /// no further since its last answer; once, until it moves again. It may have paused without a
-  /// word, but also be waiting for a stream.
+  /// Notes the position that a player answered. True once, until it moves again, when the player is
+  /// believed to play and has come no further since its last answer: it may have paused without a
+  /// word, or be waiting for a stream.
   bool standsStill(const std::string& owner, std::chrono::microseconds position);
   /// The player has been told to do something, so that its next answers are no surprise.
   void expectChange(const std::string& owner);
@@ -112,42 +106,18 @@ class PlayerRoster final : public MprisObserver {
   void busLost() override;
 
  private:
-  struct Entry {
-    std::set<std::string> names;
-    PlayerState state = PlayerState::Stopped;
-    std::uint64_t lastChange = 0;
-    bool silent = false;
-    /// When it went from playing to stopped; absent when it has done anything else since.
-    std::optional<std::chrono::steady_clock::time_point> stoppedPlaying;
-    std::optional<PlayerAbilities> abilities;
-    PlayerDescription description;  // But for what the other fields say.
-    // As answered last; absent when the next answer is no news, whatever it is.
-    std::optional<int> volume;
-    std::optional<std::string> track;
-    std::optional<std::chrono::microseconds> position;
-    bool standsStill = false;  // And that has been said.
+  using Entries = std::map<std::string, KnownPlayer>;  // By owner.
 
-    void forgetAnswers() {
-      volume.reset();
-      track.reset();
-    }
-  };
-  using Entries = std::map<std::string, Entry>;
-
-  static int rank(const Entry& entry);
-  bool isBetweenTracks(const Entry& entry) const;
-  static PlayerDescription describe(const Entry& entry);
-  bool isPinned(const Entry& entry) const;
   /// Whether the player can become the current one.
-  bool counts(const Entry& entry) const;
+  bool counts(const KnownPlayer& player) const;
   bool isCurrent(const std::string& owner) const;
   /// Tells the news, if any. With the lock held: the listener calls nobody.
   void tell(PlayerNews news) const;
   /// Tells when the current player has left, or when the choice would fall on another one.
   void tellOfChoice();
-  void setState(Entry& entry, PlayerState state);
+  void setState(KnownPlayer& player, PlayerState state);
   template <typename Value>
-  void notice(const std::string& owner, std::optional<Value> Entry::*known, Value answer);
+  void notice(const std::string& owner, std::optional<Value> KnownPlayer::*known, Value answer);
   /// The player of that owner; null when it is unknown.
   Entries::value_type* find(const std::string& owner);
   /// The player that was chosen last; null when none was, or it has left.
