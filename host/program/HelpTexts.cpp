@@ -140,7 +140,7 @@ std::string usageText() {
 std::string manualPage(std::string_view version) {
   std::string page;
   const auto add = [&page](auto... parts) { (page.append(parts), ...).append("\n"); };
-  add(".TH CORVELLA 1 \"\" \"corvella ", version, "\" \"User Commands\"");
+  add(R"(.TH CORVELLA 1 "" "corvella )", version, R"(" "User Commands")");
   add(".SH NAME");
   add("corvella \\- a now\\-playing widget for the desktop");
   add(".SH SYNOPSIS");
