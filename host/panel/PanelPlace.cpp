@@ -15,7 +15,9 @@ PanelPlace panelPlace(const QRect& free, int width, int leastHeight,
     position.setX(std::max(free.left(), std::min(dragged->x(), right - width)));
     position.setY(std::max(free.top(), std::min(dragged->y(), bottom - leastHeight)));
   }
-  return {.position = position, .tallest = bottom - kMargin - position.y()};
+  // Close to the lower edge, the panel keeps its least height and gives up the margin.
+  const int room = bottom - position.y();
+  return {.position = position, .tallest = std::max(room - kMargin, std::min(leastHeight, room))};
 }
 
 }  // namespace Corvella

@@ -120,10 +120,10 @@ TEST(APanel, StandsWholeOnTheScreenAndGrowsNoFurtherThanItsEdge) {
   const std::vector<Row> rows{
       {"top right", screen, std::nullopt, {648, 38}, 754},
       {"where it was dragged", screen, QPoint(100, 200), {100, 200}, 592},
-      {"beyond the edges", screen, QPoint(900, 700), {656, 460}, 332},
-      {"the screen has shrunk", {0, 0, 640, 480}, QPoint(648, 300), {296, 140}, 332},
+      {"beyond the edges", screen, QPoint(900, 700), {656, 460}, 340},
+      {"the screen has shrunk", {0, 0, 640, 480}, QPoint(648, 300), {296, 140}, 340},
       {"another screen is gone", screen, QPoint(-500, -200), {0, 30}, 762},
-      {"a screen that is too small", {0, 0, 300, 200}, QPoint(10, 10), {0, 0}, 192}};
+      {"a screen that is too small", {0, 0, 300, 200}, QPoint(10, 10), {0, 0}, 200}};
   for (const auto& row : rows) {
     const auto place = panelPlace(row.free, 344, 340, row.dragged);
     EXPECT_EQ(place.position, row.position) << row.name;
