@@ -5,8 +5,8 @@
 #include <QHelpEvent>
 #include <QPainter>
 #include <QPainterPath>
+#include <QStyle>
 #include <QToolTip>
-#include <algorithm>
 
 #include "host/controls/Theme.h"
 
@@ -15,7 +15,8 @@ namespace Corvella {
 namespace {
 
 constexpr int kTextSize = 12;
-constexpr int kArrowRoom = 16;  // Right of the text.
+constexpr int kArrowRoom = 16;  // After the text.
+constexpr int kArrowGap = 2;    // Of that, what the text may reach into.
 
 }  // namespace
 
@@ -35,14 +36,11 @@ void PlayerButton::show(const QString& text, bool isNotice) {
   setText(text);
   setAccessibleName(text);
   setAccessibleDescription("Player");
-  fitInto(mostWidth_);
   update();
 }
 
-void PlayerButton::fitInto(int width) {
-  mostWidth_ = width;
-  const auto needed = QFontMetrics(font()).horizontalAdvance(text()) + kArrowRoom;
-  resize(std::min(needed, mostWidth_), kHeight);
+QSize PlayerButton::sizeHint() const {
+  return {QFontMetrics(font()).horizontalAdvance(text()) + kArrowRoom, kHeight};
 }
 
 void PlayerButton::paintEvent(QPaintEvent* /*event*/) {
@@ -51,12 +49,16 @@ void PlayerButton::paintEvent(QPaintEvent* /*event*/) {
   const auto quiet = underMouse() || hasFocus() ? theme::text() : theme::dimmed();
   const auto color = isNotice_ ? theme::notice() : quiet;
   painter.setPen(color);
-  const QRect room = rect().adjusted(0, 0, -kArrowRoom + 2, 0);
+  const auto mirrored = [this](const QRect& area) {
+    return QStyle::visualRect(layoutDirection(), rect(), area);
+  };
+  const int textWidth = width() - kArrowRoom;
+  const auto room = mirrored({0, 0, textWidth + kArrowGap, height()});
   painter.drawText(room, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine,
                    painter.fontMetrics().elidedText(text(), Qt::ElideRight, room.width()));
   QPainterPath arrow;
   arrow.addPolygon(QPolygonF{QPointF(-3, -1.5), QPointF(3, -1.5), QPointF(0, 2)});
-  painter.translate(width() - kArrowRoom / 2.0 + 1, height() / 2.0);
+  painter.translate(QRectF(mirrored({textWidth + 1, 0, kArrowRoom, height()})).center());
   painter.fillPath(arrow, color);
   painter.resetTransform();
   if (hasFocus()) theme::paintFocusRing(painter, rect());
@@ -64,8 +66,7 @@ void PlayerButton::paintEvent(QPaintEvent* /*event*/) {
 
 bool PlayerButton::event(QEvent* event) {
   // A name that is cut short is told in full.
-  const bool isCut = QFontMetrics(font()).horizontalAdvance(text()) + kArrowRoom > width();
-  if (event->type() == QEvent::ToolTip && isCut) {
+  if (event->type() == QEvent::ToolTip && sizeHint().width() > width()) {
     QToolTip::showText(static_cast<QHelpEvent*>(event)->globalPos(), text() + "\n" + toolTip());
     return true;
   }

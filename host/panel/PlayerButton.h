@@ -1,7 +1,7 @@
 #pragma once
 
 #include <QAbstractButton>
-#include <QColor>
+#include <QSize>
 #include <QString>
 
 namespace Corvella {
@@ -21,8 +21,8 @@ class PlayerButton final : public QAbstractButton {
   /// Something the user should know, said so that it is seen.
   void showNotice(const QString& notice) { show(notice, true); }
 
-  /// As wide as the text needs, at most this.
-  void fitInto(int width);
+  /// As wide as the whole text needs. Where the window has less room, the text is cut.
+  QSize sizeHint() const override;
 
  protected:
   void paintEvent(QPaintEvent* event) override;
@@ -31,7 +31,6 @@ class PlayerButton final : public QAbstractButton {
  private:
   void show(const QString& text, bool isNotice);
 
-  int mostWidth_ = QWIDGETSIZE_MAX;
   bool isNotice_ = false;
 };
 

@@ -99,12 +99,12 @@ void TodayWindow::place() {
   constexpr int kDateTop = 4;
   constexpr int kPlayerTop = 24;
   const int room = closeLeft - left;
-  playerButton_.fitInto(room);
+  const int playerWidth = std::min(playerButton_.sizeHint().width(), room);
   const auto place = [this](QWidget& widget, const QRect& area) {
     widget.setGeometry(QStyle::visualRect(layoutDirection(), rect(), area));
   };
   place(date_, {left, kDateTop, room, kPlayerTop - kDateTop});
-  place(playerButton_, {{left, kPlayerTop}, playerButton_.size()});
+  place(playerButton_, {left, kPlayerTop, playerWidth, PlayerButton::kHeight});
   place(close_, {closeLeft, (kHeadingHeight - kCloseSize) / 2, kCloseSize, kCloseSize});
   // The area reaches to the right edge of the window, because the scroll bar stands in the margin.
   place(scroll_, rect().adjusted(kMargin, kHeadingHeight, 0, -kMargin));
@@ -193,6 +193,11 @@ void TodayWindow::setNotice(const QString& notice) {
 }
 
 void TodayWindow::showPlayerLine() {
+  sayWhoIsPlaying();
+  place();
+}
+
+void TodayWindow::sayWhoIsPlaying() {
   if (!notice_.isEmpty()) return playerButton_.showNotice(notice_);
   if (!player_) return playerButton_.showPlayer({});
   const auto identity = QString::fromStdString(player_->identity);

@@ -89,6 +89,7 @@ class TodayWindow final : public QWidget {
   /// The free part of the screen has changed.
   void stayOnScreen();
   void showPlayerLine();
+  void sayWhoIsPlaying();
   void setCardHeight(int height);
   void easeCardHeightTo(int height);
   void scrollByKey(const QKeyEvent& event);

@@ -103,9 +103,12 @@ TEST(AHeading, SaysWhoIsPlayingOrWhatIsWrong) {
   EXPECT_TRUE(line->text().startsWith("No bus."));
   EXPECT_LE(line->geometry().right(), close->x());
   QApplication::setLayoutDirection(Qt::RightToLeft);
-  const TodayWindow mirrored;
+  TodayWindow mirrored;
+  mirrored.showPlayer({.name = "mpv", .identity = "Alpha"});
   QApplication::setLayoutDirection(Qt::LeftToRight);
   EXPECT_LT(mirrored.findChild<PushButton*>("close")->x(), line->x());
+  const auto* name = mirrored.findChild<PlayerButton*>();
+  EXPECT_EQ(name->geometry().right(), mirrored.findChild<TextLabel*>("date")->geometry().right());
 }
 
 TEST(APanel, StandsWholeOnTheScreenAndGrowsNoFurtherThanItsEdge) {
