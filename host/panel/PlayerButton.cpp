@@ -6,6 +6,7 @@
 #include <QPainter>
 #include <QPainterPath>
 #include <QStyle>
+#include <QTextDocument>
 #include <QToolTip>
 
 #include "host/controls/Theme.h"
@@ -67,7 +68,9 @@ void PlayerButton::paintEvent(QPaintEvent* /*event*/) {
 bool PlayerButton::event(QEvent* event) {
   // A name that is cut short is told in full.
   if (event->type() == QEvent::ToolTip && sizeHint().width() > width()) {
-    QToolTip::showText(static_cast<QHelpEvent*>(event)->globalPos(), text() + "\n" + toolTip());
+    // A name that looks like markup would be taken for it.
+    QToolTip::showText(static_cast<QHelpEvent*>(event)->globalPos(),
+                       Qt::convertFromPlainText(text() + "\n" + toolTip(), Qt::WhiteSpaceNormal));
     return true;
   }
   return QAbstractButton::event(event);

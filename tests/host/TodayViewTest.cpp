@@ -1,6 +1,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QDate>
+#include <QHelpEvent>
 #include <QImage>
 #include <QList>
 #include <QLocale>
@@ -9,6 +10,7 @@
 #include <QSlider>
 #include <QTest>
 #include <QTimer>
+#include <QToolTip>
 #include <QVariantAnimation>
 #include <chrono>
 #include <cmath>
@@ -104,11 +106,16 @@ TEST(AHeading, SaysWhoIsPlayingOrWhatIsWrong) {
   EXPECT_LE(line->geometry().right(), close->x());
   QApplication::setLayoutDirection(Qt::RightToLeft);
   TodayWindow mirrored;
-  mirrored.showPlayer({.name = "mpv", .identity = "Alpha"});
+  mirrored.showPlayer({.name = "mpv", .identity = "Alpha <i>Player</i>"});
   QApplication::setLayoutDirection(Qt::LeftToRight);
   EXPECT_LT(mirrored.findChild<PushButton*>("close")->x(), line->x());
-  const auto* name = mirrored.findChild<PlayerButton*>();
+  auto* const name = mirrored.findChild<PlayerButton*>();
   EXPECT_EQ(name->geometry().right(), mirrored.findChild<TextLabel*>("date")->geometry().right());
+  // A name that is cut is told in full, and as it is.
+  name->resize(20, name->height());
+  QHelpEvent resting(QEvent::ToolTip, {}, {});
+  QApplication::sendEvent(name, &resting);
+  EXPECT_TRUE(QToolTip::text().contains("Alpha &lt;i&gt;")) << QToolTip::text().toStdString();
 }
 
 TEST(APanel, StandsWholeOnTheScreenAndGrowsNoFurtherThanItsEdge) {
