@@ -1,13 +1,11 @@
 #include "host/panel/TodayWindow.h"
 
 #include <QCloseEvent>
-#include <QCursor>
 #include <QDate>
 #include <QGuiApplication>
 #include <QKeyEvent>
 #include <QLocale>
 #include <QPainter>
-#include <QScreen>
 #include <QScrollBar>
 #include <QStyle>
 #include <QWindow>
@@ -15,7 +13,6 @@
 #include <cmath>
 
 #include "host/controls/Theme.h"
-#include "host/panel/PanelPlace.h"
 
 namespace Corvella {
 
@@ -30,14 +27,6 @@ constexpr int kEasingMilliseconds = 150;
 constexpr QSize kFirstCard{320, 285};
 /// So much of the window is to stay on the screen: all of it while no lyrics are unfolded.
 constexpr int kLeastHeight = kHeadingHeight + kFirstCard.height() + kMargin;
-
-QScreen* screenUnderPointer() {
-  auto* const primary = QGuiApplication::primaryScreen();
-  // Where the pointer is has to be asked of the display server, which takes time at the start.
-  if (QGuiApplication::screens().size() == 1) return primary;
-  auto* const screen = QGuiApplication::screenAt(QCursor::pos());
-  return screen != nullptr ? screen : primary;
-}
 
 QFont fontOfSize(int pixels) {
   QFont font;
@@ -55,7 +44,8 @@ void Card::paintEvent(QPaintEvent* /*event*/) {
 
 // A tool is listed neither in the taskbar nor in the pager.
 TodayWindow::TodayWindow()
-    : QWidget(nullptr, Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint) {
+    : QWidget(nullptr, Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint),
+      placement_(*this, kLeastHeight) {
   setWindowTitle("Corvella");
   setAttribute(Qt::WA_TranslucentBackground);
   setPalette(theme::palette());
@@ -64,6 +54,7 @@ TodayWindow::TodayWindow()
   easing_.setEasingCurve(QEasingCurve::OutCubic);
   connect(&easing_, &QVariantAnimation::valueChanged, this,
           [this](const QVariant& height) { setCardHeight(height.toInt()); });
+  connect(&placement_, &Placement::tallestChanged, this, &TodayWindow::setTallest);
   connect(&close_, &QPushButton::clicked, this, &QWidget::close);
   connect(&playerButton_, &PlayerButton::clicked, this, &TodayWindow::playersAsked);
   // Without this, other lyrics would appear scrolled to where those before were being read.
@@ -149,29 +140,12 @@ void TodayWindow::setTallest(int height) {
 }
 
 void TodayWindow::open() {
-  if (!isVisible()) {
-    auto* const draggedTo = dragged_ ? QGuiApplication::screenAt(*dragged_) : nullptr;
-    standOn(draggedTo != nullptr ? *draggedTo : *screenUnderPointer());
-  }
+  if (!isVisible()) placement_.putWindow();
   setWindowState(windowState() & ~Qt::WindowMinimized);
   show();
   raise();
   activateWindow();
   showDate();  // Last, as it takes time that the display server can use to show the window.
-}
-
-void TodayWindow::standOn(const QScreen& screen) {
-  const auto place = panelPlace(screen.availableGeometry(), width(), kLeastHeight, dragged_);
-  stand_ = place.position;
-  isDragged_ = false;
-  setTallest(place.tallest);
-  move(stand_);
-  connect(&screen, &QScreen::availableGeometryChanged, this, &TodayWindow::stayOnScreen,
-          Qt::UniqueConnection);
-}
-
-void TodayWindow::stayOnScreen() {
-  if (isVisible()) standOn(*screen());
 }
 
 bool TodayWindow::isInFront() const {
@@ -250,14 +224,13 @@ void TodayWindow::scrollByKey(const QKeyEvent& event) {
 
 void TodayWindow::mousePressEvent(QMouseEvent* event) {
   const bool onHeading = event->position().y() < kHeadingHeight;
-  if (!onHeading || event->button() != Qt::LeftButton) return;
-  isDragged_ = windowHandle()->startSystemMove();
+  if (onHeading && event->button() == Qt::LeftButton) windowHandle()->startSystemMove();
 }
 
 void TodayWindow::showEvent(QShowEvent* event) {
   QWidget::showEvent(event);
   setFocus();
-  if (!event->spontaneous()) return;
+  if (!event->spontaneous()) return placement_.watch(*windowHandle());
   showDate();
   emit restored();
 }
@@ -269,16 +242,6 @@ void TodayWindow::hideEvent(QHideEvent* event) {
     setCardHeight(easing_.endValue().toInt());
   }
   emit hidden();
-}
-
-/// While the user drags the window it is the desktop that moves it.
-void TodayWindow::moveEvent(QMoveEvent* event) {
-  QWidget::moveEvent(event);
-  if (!isDragged_ || event->pos() == stand_) return;
-  dragged_ = stand_ = event->pos();
-  // Left where it is, even if it hangs over the edge by now: the user has it in hand.
-  setTallest(std::max(kLeastHeight,
-                      panelPlace(screen()->availableGeometry(), width(), 0, dragged_).tallest));
 }
 
 void TodayWindow::closeEvent(QCloseEvent* event) {

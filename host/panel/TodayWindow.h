@@ -9,6 +9,7 @@
 
 #include "host/controls/PushButton.h"
 #include "host/controls/TextLabel.h"
+#include "host/panel/Placement.h"
 #include "host/panel/PlayerButton.h"
 #include "host/panel/WidgetPanel.h"
 #include "players/PlayerDescription.h"
@@ -79,15 +80,11 @@ class TodayWindow final : public QWidget {
   void mousePressEvent(QMouseEvent* event) override;
   void showEvent(QShowEvent* event) override;
   void hideEvent(QHideEvent* event) override;
-  void moveEvent(QMoveEvent* event) override;
   void closeEvent(QCloseEvent* event) override;
 
  private:
   void setUp();
   void place();
-  void standOn(const QScreen& screen);
-  /// The free part of the screen has changed.
-  void stayOnScreen();
   void showPlayerLine();
   void sayWhoIsPlaying();
   void setCardHeight(int height);
@@ -101,13 +98,11 @@ class TodayWindow final : public QWidget {
   Card card_;
   WidgetPanel panel_{&card_};
   QVariantAnimation easing_{this};
+  Placement placement_;
   std::optional<PlayerDescription> player_;  // Absent until it is known for the first time.
   QString notice_;
   bool eased_ = true;
   int tallest_ = QWIDGETSIZE_MAX;
-  QPoint stand_;                   // Where the window was put.
-  std::optional<QPoint> dragged_;  // Where the user has put it instead.
-  bool isDragged_ = false;         // Since the user took hold of the heading.
 };
 
 }  // namespace Corvella

@@ -88,6 +88,18 @@ TEST_F(AnOpenTodayView, IsHiddenByEscapeAndAppearsOnceWheneverItComesBack) {
   EXPECT_EQ(appeared.count(), 2);
 }
 
+TEST_F(AnOpenTodayView, StaysWhereTheUserHasMovedItAndGrowsNoFurtherThanTheScreen) {
+  window.setEased(false);
+  ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
+  const QPoint place(40, 300);
+  window.move(place);  // As a window manager moves it, which tells nothing else.
+  ASSERT_NE(unfold(), nullptr);
+  EXPECT_LT(window.geometry().bottom(), window.screen()->availableGeometry().bottom());
+  view.hide();
+  view.open();
+  EXPECT_EQ(window.pos(), place);
+}
+
 TEST(AHeading, SaysWhoIsPlayingOrWhatIsWrong) {
   TodayWindow window;
   const auto* line = window.findChild<PlayerButton*>();
