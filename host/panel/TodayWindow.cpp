@@ -2,7 +2,6 @@
 
 #include <QCloseEvent>
 #include <QDate>
-#include <QGuiApplication>
 #include <QKeyEvent>
 #include <QLocale>
 #include <QPainter>
@@ -13,6 +12,7 @@
 #include <cmath>
 
 #include "host/controls/Theme.h"
+#include "host/panel/X11Window.h"
 
 namespace Corvella {
 
@@ -42,7 +42,6 @@ void Card::paintEvent(QPaintEvent* /*event*/) {
   theme::fillRounded(painter, rect(), theme::kCornerRadius, theme::card());
 }
 
-// A tool is listed neither in the taskbar nor in the pager.
 TodayWindow::TodayWindow()
     : QWidget(nullptr, Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint),
       placement_(*this, kLeastHeight) {
@@ -55,6 +54,7 @@ TodayWindow::TodayWindow()
   connect(&easing_, &QVariantAnimation::valueChanged, this,
           [this](const QVariant& height) { setCardHeight(height.toInt()); });
   connect(&placement_, &Placement::tallestChanged, this, &TodayWindow::setTallest);
+  connect(&placement_, &Placement::exposedChanged, this, &TodayWindow::takeExposure);
   connect(&close_, &QPushButton::clicked, this, &QWidget::close);
   connect(&playerButton_, &PlayerButton::clicked, this, &TodayWindow::playersAsked);
   // Without this, other lyrics would appear scrolled to where those before were being read.
@@ -140,7 +140,11 @@ void TodayWindow::setTallest(int height) {
 }
 
 void TodayWindow::open() {
-  if (!isVisible()) placement_.putWindow();
+  if (isVisible()) {
+    x11::bringToCurrentDesktop(winId());
+  } else {
+    placement_.putWindow();
+  }
   setWindowState(windowState() & ~Qt::WindowMinimized);
   show();
   raise();
@@ -149,7 +153,7 @@ void TodayWindow::open() {
 }
 
 bool TodayWindow::isInFront() const {
-  return isActiveWindow() || !QGuiApplication::platformName().startsWith("wayland");
+  return isActiveWindow() || x11::isInSight(winId());
 }
 
 void TodayWindow::showPlayer(const PlayerDescription& player) {
@@ -230,9 +234,21 @@ void TodayWindow::mousePressEvent(QMouseEvent* event) {
 void TodayWindow::showEvent(QShowEvent* event) {
   QWidget::showEvent(event);
   setFocus();
-  if (!event->spontaneous()) return placement_.watch(*windowHandle());
+  if (event->spontaneous()) return comeBack();
+  placement_.watch(*windowHandle());
+  x11::keepOutOfTaskbar(winId());
+}
+
+void TodayWindow::comeBack() {
   showDate();
   emit restored();
+}
+
+/// Window managers on X11 take a window off the screen while another desktop is shown. On Wayland,
+/// Qt says the same of a window when the compositor is merely slow to ask for its next picture.
+void TodayWindow::takeExposure(bool isExposed) {
+  if (!isVisible() || !x11::isUsed()) return;
+  isExposed ? comeBack() : emit hidden();
 }
 
 void TodayWindow::hideEvent(QHideEvent* event) {

@@ -43,11 +43,11 @@ class TodayWindow final : public QWidget {
   void apply(const WidgetSnapshot& snapshot);
 
   /// Shows the window at the top right of the screen that the pointer is on, or where the user has
-  /// dragged it, and raises it.
+  /// dragged it, and raises it. A window that is on another desktop comes to the user's.
   void open();
 
-  /// False when other windows may cover it: where the desktop lets no window stay above the others,
-  /// only the one that has the focus is sure to be seen.
+  /// Whether the user has it before their eyes. Where the desktop does not tell what other windows
+  /// cover, only the window that has the focus is sure to be seen.
   bool isInFront() const;
 
   /// Says in the heading who is playing, or that nobody is, and offers what that player can do.
@@ -68,6 +68,7 @@ class TodayWindow final : public QWidget {
  signals:
   /// The desktop shows the window again that it had put away.
   void restored();
+  /// The window has been hidden, or the desktop has put it away.
   void hidden();
   /// The user wants to choose among the players.
   void playersAsked();
@@ -90,6 +91,8 @@ class TodayWindow final : public QWidget {
   void setCardHeight(int height);
   void easeCardHeightTo(int height);
   void scrollByKey(const QKeyEvent& event);
+  void takeExposure(bool isExposed);
+  void comeBack();
 
   TextLabel date_{this};
   PlayerButton playerButton_{this};

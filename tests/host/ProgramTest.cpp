@@ -6,6 +6,7 @@
 #include <chrono>
 #include <csignal>
 #include <filesystem>
+#include <fstream>
 #include <optional>
 #include <string>
 #include <utility>
@@ -292,30 +293,76 @@ TEST_F(AUser, WhoOpensTheWindowWithoutADisplayGetsASnapshotAndItsText) {
   }
 }
 
-TEST_F(AUser, SeesAWindowAtTheTopRightOfAnXScreen) {
-  const XServer server;
+/// A user in front of an X screen.
+class AUserOfX11 : public AUser {
+ protected:
+  static std::string optionsOf(const char* sanitizer) {
+    return std::string(sanitizer) + "=" + qgetenv(sanitizer).toStdString();
+  }
+  /// What the server tells of the window; empty while none can be seen.
+  std::string window() const {
+    const auto told = server_.outputOf({"xwininfo", "-name", "Corvella"});
+    return told.find("IsViewable") != std::string::npos ? told : std::string();
+  }
+  bool isSeen() const { return !window().empty(); }
+
+  const XServer server_;
   // The libraries of X11 copy parts of texts that do not end in a zero, which the address
   // sanitizer's strictest check refuses, and D-Bus's keeps memory to its end. They are built
   // without the thread sanitizer, which sees races in them. Our own code is watched offscreen.
-  const auto optionsOf = [](const char* sanitizer) {
-    return std::string(sanitizer) + "=" + qgetenv(sanitizer).toStdString();
-  };
-  const Texts screen{"QT_QPA_PLATFORM=xcb", "DISPLAY=" + server.display(),
-                     optionsOf("ASAN_OPTIONS") + ":strict_string_checks=0:detect_leaks=0",
-                     optionsOf("TSAN_OPTIONS") + ":report_bugs=0"};
-  /// What the server tells of the window; empty while none can be seen.
-  const auto window = [&] {
-    Process look({"xwininfo", "-display", server.display(), "-name", "Corvella"});
-    const bool isSeen = look.wait() == 0 && look.output().find("IsViewable") != std::string::npos;
-    return isSeen ? look.output() : std::string();
-  };
-  auto program = start({"--player", "embedded"}, screen);
-  ASSERT_TRUE(eventually([&] { return !window().empty(); })) << program.errors();
+  const Texts screen_{"QT_QPA_PLATFORM=xcb", "DISPLAY=" + server_.display(),
+                      optionsOf("ASAN_OPTIONS") + ":strict_string_checks=0:detect_leaks=0",
+                      optionsOf("TSAN_OPTIONS") + ":report_bugs=0"};
+};
+
+TEST_F(AUserOfX11, SeesAWindowAtTheTopRightOfTheScreen) {
+  auto program = start({"--player", "embedded"}, screen_);
+  ASSERT_TRUE(eventually([&] { return isSeen(); })) << program.errors();
   EXPECT_THAT(window(), HasSubstr("Corners:  +928+8  -8+8"));
-  EXPECT_EQ(run({"--toggle"}, screen).status, 0);
-  EXPECT_TRUE(eventually([&] { return window().empty(); }));
+  EXPECT_EQ(run({"--toggle"}, screen_).status, 0);
+  EXPECT_TRUE(eventually([&] { return !isSeen(); }));
   program.kill(SIGTERM);
   EXPECT_EQ(program.wait(), 0) << program.errors();
+}
+
+TEST_F(AUserOfX11, IsShownTheWindowWhereverTheyAreAndWhateverCoversIt) {
+  const auto settings = folder_.path() / "openbox.xml";
+  std::ofstream(settings) << R"(<openbox_config xmlns="http://openbox.org/3.4/rc"><applications>
+      <application title="Event Tester"><fullscreen>yes</fullscreen><focus>yes</focus></application>
+      </applications></openbox_config>)";
+  const Process manager({"openbox", "--config-file", settings}, {screen_[1]});
+  const auto tells = [&](Texts what, const std::string& text) {
+    what.insert(what.begin(), "xprop");
+    return eventually([&] { return server_.outputOf(what).find(text) != std::string::npos; });
+  };
+  ASSERT_TRUE(tells({"-root", "_NET_CURRENT_DESKTOP"}, "= 0")) << manager.errors();
+  const auto program = start({"--player", "embedded"}, screen_);
+  ASSERT_TRUE(tells({"-root", "_NET_CLIENT_LIST"}, "# 0x")) << program.errors();
+  const auto clients = server_.outputOf({"xprop", "-root", "_NET_CLIENT_LIST"});
+  const auto id = clients.substr(clients.find("0x"), clients.find('\n') - clients.find("0x"));
+  const Texts active{"-root", "_NET_ACTIVE_WINDOW"};
+  ASSERT_TRUE(tells(active, id));
+
+  server_.outputOf({"xdotool", "set_desktop", "1"});
+  ASSERT_TRUE(eventually([&] { return !isSeen(); }));
+  run({"--toggle"}, screen_);
+  EXPECT_TRUE(eventually([&] { return isSeen(); }));
+  ASSERT_TRUE(tells(active, id));
+  EXPECT_TRUE(tells({"-root", "_NET_CURRENT_DESKTOP"}, "= 1"));
+  run({"--toggle"}, screen_);
+  ASSERT_TRUE(eventually([&] { return !isSeen(); }));
+  run({"--toggle"}, screen_);
+  ASSERT_TRUE(tells(active, id));
+  EXPECT_TRUE(tells({"-id", id, "_NET_WM_STATE"}, "SKIP_TASKBAR, _NET_WM_STATE_SKIP_PAGER"));
+
+  const Process film({"xev"}, {screen_[1]});
+  ASSERT_TRUE(tells({"-name", "Event Tester", "_NET_WM_STATE"}, "FULLSCREEN")) << film.errors();
+  ASSERT_TRUE(eventually([&] {
+    return server_.outputOf({"xprop", "-root", active[1]}).find(id) == std::string::npos;
+  }));
+  run({"--toggle"}, screen_);
+  EXPECT_TRUE(tells(active, id));
+  EXPECT_TRUE(isSeen());
 }
 
 }  // namespace

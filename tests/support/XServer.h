@@ -2,6 +2,7 @@
 
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "tests/support/Eventually.h"
 #include "tests/support/Process.h"
@@ -23,6 +24,12 @@ class XServer {
 
   /// What DISPLAY is set to.
   const std::string& display() const { return display_; }
+
+  /// What a program prints that looks at the screen; empty when it fails.
+  std::string outputOf(const std::vector<std::string>& command) const {
+    Process look(command, {"DISPLAY=" + display_});
+    return look.wait() == 0 ? look.output() : std::string();
+  }
 
  private:
   Process process_{
