@@ -12,6 +12,7 @@
 #include <cmath>
 
 #include "host/controls/Theme.h"
+#include "host/panel/LayerSurface.h"
 #include "host/panel/X11Window.h"
 
 namespace Corvella {
@@ -144,6 +145,7 @@ void TodayWindow::open() {
     x11::bringToCurrentDesktop(winId());
   } else {
     placement_.putWindow();
+    isInLayer_ = becomeLayerSurface(*this);
   }
   setWindowState(windowState() & ~Qt::WindowMinimized);
   show();
@@ -153,7 +155,7 @@ void TodayWindow::open() {
 }
 
 bool TodayWindow::isInFront() const {
-  return isActiveWindow() || x11::isInSight(winId());
+  return isInLayer_ || isActiveWindow() || x11::isInSight(winId());
 }
 
 void TodayWindow::showPlayer(const PlayerDescription& player) {

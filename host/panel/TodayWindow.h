@@ -105,6 +105,7 @@ class TodayWindow final : public QWidget {
   std::optional<PlayerDescription> player_;  // Absent until it is known for the first time.
   QString notice_;
   bool eased_ = true;
+  bool isInLayer_ = false;  // Above all windows, and not to be moved; see `becomeLayerSurface`.
   int tallest_ = QWIDGETSIZE_MAX;
 };
 
