@@ -356,7 +356,12 @@ TEST_F(AUserOfX11, IsShownTheWindowWhereverTheyAreAndWhateverCoversIt) {
   EXPECT_TRUE(tells({"-id", id, "_NET_WM_STATE"}, "SKIP_TASKBAR, _NET_WM_STATE_SKIP_PAGER"));
 
   const Process film({"xev"}, {screen_[1]});
-  ASSERT_TRUE(tells({"-name", "Event Tester", "_NET_WM_STATE"}, "FULLSCREEN")) << film.errors();
+  // The manager says that it fills the screen before it does.
+  ASSERT_TRUE(eventually([&] {
+    const auto told = server_.outputOf({"xwininfo", "-name", "Event Tester"});
+    return told.find("Width: 1280") != std::string::npos &&
+           told.find("IsViewable") != std::string::npos;
+  })) << film.errors();
   ASSERT_TRUE(eventually([&] {
     return server_.outputOf({"xprop", "-root", active[1]}).find(id) == std::string::npos;
   }));
