@@ -12,6 +12,8 @@ namespace Corvella {
 
 bool becomeLayerSurface(QWidget& window) {
   if (!QGuiApplication::platformName().startsWith("wayland")) return false;
+  // GNOME has no layers, and the library does not tell that it got none.
+  if (qgetenv("XDG_CURRENT_DESKTOP").contains("GNOME")) return false;
   window.winId();  // Makes the window, which is not shown yet.
   auto* const surface = LayerShellQt::Window::get(window.windowHandle());
   if (surface == nullptr) return false;

@@ -2,13 +2,14 @@
 
 #include <QByteArray>
 #include <QDir>
-#include <QFile>
 #include <QSaveFile>
 #include <QStandardPaths>
 #include <QString>
+#include <filesystem>
 #include <iostream>
 #include <stdexcept>
 #include <string_view>
+#include <system_error>
 
 #include "host/program/ProgramFolders.h"
 
@@ -61,6 +62,7 @@ std::string autostartEntry(const std::filesystem::path& program, const std::stri
 void runAutostartCommand(const CommandLine& commandLine) {
   const QDir folder(QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
                     "/autostart");
+  if (!folder.isAbsolute()) throw std::runtime_error("XDG_CONFIG_HOME is no absolute path");
   const auto path = folder.filePath("corvella.desktop");
   const auto fail = [&path](const char* what, const QString& reason) {
     throw std::runtime_error(std::string("cannot ") + what + " " + path.toStdString() + ": " +
@@ -77,8 +79,10 @@ void runAutostartCommand(const CommandLine& commandLine) {
     if (!isWritten) fail("write", file.errorString());
     std::cout << "corvella will start with the desktop: wrote " << path.toStdString() << "\n";
   } else {
-    QFile file(path);
-    if (file.exists() && !file.remove()) fail("remove", file.errorString());
+    // An entry in a folder that may not be searched does not seem to exist.
+    std::error_code error;
+    std::filesystem::remove(path.toStdString(), error);
+    if (error) fail("remove", QString::fromStdString(error.message()));
     std::cout << "corvella will not start with the desktop\n";
   }
 }

@@ -75,7 +75,7 @@ std::string bashWordsFor(Values values) {
     case Values::Players:
       return "COMPREPLY=($(compgen -W \"auto $(_corvella_players)\" -- \"$cur\"))";
     case Values::PngFile:
-      return "COMPREPLY=($(compgen -f -- \"$cur\")); compopt -o filenames 2>/dev/null";
+      return R"(mapfile -t COMPREPLY < <(compgen -f -- "$cur"); compopt -o filenames 2>/dev/null)";
     case Values::OnOff:
       return "COMPREPLY=($(compgen -W 'on off' -- \"$cur\"))";
     case Values::Any:
@@ -196,6 +196,7 @@ std::string bashCompletion() {
   std::string arguments;
   for (const auto& option : options::kAll) {
     options.append(options.empty() ? "" : " ").append("--").append(option.name);
+    if (option.letter != '\0') options.append(" -").append(1, option.letter);
     if (option.values == Values::None) continue;
     arguments.append("    --").append(option.name).append(") ");
     arguments.append(bashWordsFor(option.values)).append("; return ;;\n");
@@ -221,6 +222,10 @@ std::string zshCompletion() {
       "  local -a players\n  players=(auto ${(f)\"$(";
   text.append(kListNames).append(")\"})\n  compadd -a players\n}\n\n_arguments");
   for (const auto& option : options::kAll) {
+    if (option.letter != '\0') {
+      text.append(" \\\n  '-").append(1, option.letter).append("[");
+      text.append(option.summary).append("]'");
+    }
     text.append(" \\\n  '--").append(option.name);
     if (option.values != Values::None) text.append("=");
     text.append("[").append(option.summary).append("]");

@@ -5,6 +5,7 @@
 #include <QFileInfo>
 #include <QGuiApplication>
 #include <QStandardPaths>
+#include <filesystem>
 #include <iostream>
 #include <stdexcept>
 #include <string>
@@ -30,11 +31,13 @@ constexpr auto kPlatform = "QT_QPA_PLATFORM";
 constexpr auto kNoDisplay = "offscreen";
 constexpr auto kFirstIsSilent = "the corvella that is running does not answer";
 
-/// The file for a picture that the user has not asked for, and so not named: beside the program, or
-/// in the user's runtime folder when the program is installed where the user cannot write.
+/// The file for a picture that the user has not asked for, and so not named: beside the program
+/// that was built in the user's own folder, and in the user's runtime folder when it is installed,
+/// where no other file belongs.
 std::string unnamedPicture() {
   const auto folder = QString::fromStdString(ProgramFolders::program());
-  const auto chosen = QFileInfo(folder).isWritable()
+  const bool isInstalled = !std::filesystem::is_symlink(ProgramFolders::resources());
+  const auto chosen = !isInstalled && QFileInfo(folder).isWritable()
                           ? folder
                           : QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
   return (chosen + "/corvella-snapshot.png").toStdString();

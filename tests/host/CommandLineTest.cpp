@@ -93,14 +93,23 @@ TEST(AnAutostartEntry, StartsTheProgramWhateverItsPathAndThePlayersNameHold) {
 TEST(BashCompletion, OffersOptionsPlayersAndWords) {
   const TemporaryFolder folder;
   const auto completion = folder.write("corvella.bash", bashCompletion());
+  folder.write("my picture.png", "");
   const std::vector<std::pair<std::string, std::string>> rows{
-      {"--pl", "--player"},        {"--player e", "embedded"}, {"--player = a", "auto"},
-      {"--autostart o", "on off"}, {"--scale 2", ""},          {"--nothing", ""}};
+      {"--pl", "--player"},
+      {"--player e", "embedded"},
+      {"--player = a", "auto"},
+      {"--autostart o", "on off"},
+      {"--scale 2", ""},
+      {"--nothing", ""},
+      {"--snapshot " + (folder.path() / "my").string(),
+       (folder.path() / "my picture.png").string()},
+      {"--h", "--hidden --help"}};
   for (const auto& [words, offered] : rows) {
-    Process bash({"bash", "-c",
-                  "corvella() { echo 'embedded (built in)'; }; source " + completion.string() +
-                      "; COMP_WORDS=(corvella " + words +
-                      "); COMP_CWORD=$((${#COMP_WORDS[@]} - 1)); _corvella; echo ${COMPREPLY[*]}"});
+    Process bash(
+        {"bash", "-c",
+         "corvella() { echo 'embedded (built in)'; }; source " + completion.string() +
+             "; COMP_WORDS=(corvella " + words +
+             "); COMP_CWORD=$((${#COMP_WORDS[@]} - 1)); _corvella; echo \"${COMPREPLY[*]}\""});
     EXPECT_EQ(bash.wait(), 0);
     EXPECT_EQ(bash.output(), offered + "\n") << words;
     EXPECT_EQ(bash.errors(), "") << words;
