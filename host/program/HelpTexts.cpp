@@ -1,6 +1,7 @@
 #include "host/program/HelpTexts.h"
 
 #include <algorithm>
+#include <array>
 #include <cctype>
 #include <cstddef>
 #include <utility>
@@ -69,51 +70,28 @@ std::string troff(std::string_view text) {
   return isBold ? result + "\\fR" : result;
 }
 
-/// What completes an argument in the shells' own words.
-std::string bashWordsFor(Values values) {
-  switch (values) {
-    case Values::Players:
-      return "COMPREPLY=($(compgen -W \"auto $(_corvella_players)\" -- \"$cur\"))";
-    case Values::PngFile:
-      return R"(mapfile -t COMPREPLY < <(compgen -f -- "$cur"); compopt -o filenames 2>/dev/null)";
-    case Values::OnOff:
-      return "COMPREPLY=($(compgen -W 'on off' -- \"$cur\"))";
-    case Values::Any:
-    case Values::None:
-      break;
-  }
-  return ":";
-}
+/// What completes an argument, in the words of each shell.
+struct Completion {
+  Values values;
+  std::string_view bash;
+  std::string_view zsh;
+  std::string_view fish;
+};
 
-std::string zshActionFor(Values values) {
-  switch (values) {
-    case Values::Players:
-      return "_corvella_players";
-    case Values::PngFile:
-      return "_files -g \"*.png\"";
-    case Values::OnOff:
-      return "(on off)";
-    case Values::Any:
-    case Values::None:
-      break;
-  }
-  return " ";
-}
+constexpr std::array kCompletions{
+    Completion{Values::None, ":", " ", ""}, Completion{Values::Any, ":", " ", " -x"},
+    Completion{Values::Players,
+               R"sh(COMPREPLY=($(compgen -W "auto $(_corvella_players)" -- "$cur")))sh",
+               "_corvella_players", " -x -a 'auto (__corvella_players)'"},
+    Completion{
+        Values::PngFile,
+        R"(mapfile -t COMPREPLY < <(compgen -f -- "$cur"); compopt -o filenames 2>/dev/null)",
+        R"(_files -g "*.png")", " -r -F"},
+    Completion{Values::OnOff, R"(COMPREPLY=($(compgen -W 'on off' -- "$cur")))", "(on off)",
+               " -x -a 'on off'"}};
 
-std::string fishArgumentsFor(Values values) {
-  switch (values) {
-    case Values::Players:
-      return " -x -a 'auto (__corvella_players)'";
-    case Values::PngFile:
-      return " -r -F";
-    case Values::OnOff:
-      return " -x -a 'on off'";
-    case Values::Any:
-      return " -x";
-    case Values::None:
-      break;
-  }
-  return "";
+const Completion& completionOf(const Option& option) {
+  return *std::ranges::find(kCompletions, option.values, &Completion::values);
 }
 
 /// Prints the names that --player takes besides auto: each line of --list-players begins with one.
@@ -199,7 +177,7 @@ std::string bashCompletion() {
     if (option.letter != '\0') options.append(" -").append(1, option.letter);
     if (option.values == Values::None) continue;
     arguments.append("    --").append(option.name).append(") ");
-    arguments.append(bashWordsFor(option.values)).append("; return ;;\n");
+    arguments.append(completionOf(option).bash).append("; return ;;\n");
   }
   return std::string("# Completion of corvella for bash.\n\n_corvella_players() {\n  ")
       .append(kListNames)
@@ -230,7 +208,7 @@ std::string zshCompletion() {
     if (option.values != Values::None) text.append("=");
     text.append("[").append(option.summary).append("]");
     if (option.values != Values::None) {
-      text.append(":").append(option.argument).append(":").append(zshActionFor(option.values));
+      text.append(":").append(option.argument).append(":").append(completionOf(option).zsh);
     }
     text.append("'");
   }
@@ -243,7 +221,7 @@ std::string fishCompletion() {
   for (const auto& option : options::kAll) {
     text.append("complete -c corvella -l ").append(option.name);
     if (option.letter != '\0') text.append(" -s ").append(1, option.letter);
-    text.append(fishArgumentsFor(option.values));
+    text.append(completionOf(option).fish);
     text.append(" -d '").append(option.summary).append("'\n");
   }
   return text;

@@ -246,6 +246,25 @@ TEST_F(AUser, MaySwitchTheRunningInstanceToAnotherPlayer) {
   EXPECT_EQ(first.wait(), 0);
 }
 
+TEST_F(AUser, HasTheDesktopStartTheProgramOrNoMore) {
+  const auto config = folder_.path() / "config";
+  const Texts there{"XDG_CONFIG_HOME=" + config.string()};
+  const auto entry = config / "autostart" / "corvella.desktop";
+  for (int i = 0; i < 2; ++i) {
+    EXPECT_EQ(run({"--autostart", "on"}, there).status, 0);
+    EXPECT_TRUE(std::filesystem::exists(entry));
+  }
+  for (int i = 0; i < 2; ++i) {
+    EXPECT_EQ(run({"--autostart", "off"}, there).status, 0);
+    EXPECT_FALSE(std::filesystem::exists(entry));
+  }
+  for (const auto* const unfit : {"relative", CORVELLA_PROGRAM}) {
+    const auto outcome = run({"--autostart", "on"}, {std::string("XDG_CONFIG_HOME=") + unfit});
+    EXPECT_EQ(outcome.status, 1) << unfit;
+    EXPECT_EQ(outcome.output, "");
+  }
+}
+
 TEST_F(AUser, MayStartAnInstanceWithoutStandardStreams) {
   const Process program({"sh", "-c", "exec $0 --player embedded <&- >&- 2>&-", CORVELLA_PROGRAM},
                         {kOffscreen[0], "DBUS_SESSION_BUS_ADDRESS=" + bus_.address()});
