@@ -13,6 +13,6 @@ std::shared_ptr<const NSImage> NSImage::initWithData(std::span<const std::byte> 
 
 std::shared_ptr<const NSImage> NSImage::imageNamed(std::string_view name, const NSBundle& bundle,
                                                    const NSImageDecoder& decoder) {
-  const auto bytes = bundle.dataForResource(name);
-  return bytes ? initWithData(*bytes, decoder) : nullptr;
+  return bundle.imageForResource(
+      name, [&](std::span<const std::byte> bytes) { return initWithData(bytes, decoder); });
 }

@@ -15,8 +15,9 @@ class NSImage {
   static std::shared_ptr<const NSImage> initWithData(std::span<const std::byte> bytes,
                                                      const NSImageDecoder& decoder);
 
-  /// Looks the picture up among the bundle's resources, anew each time; null when there is none of
-  /// that name or it does not decode. Any thread.
+  /// Looks the picture up among the bundle's resources; null when there is none of that name or it
+  /// does not decode. The bundle keeps what was decoded, so every caller gets the same picture. Any
+  /// thread.
   static std::shared_ptr<const NSImage> imageNamed(std::string_view name, const NSBundle& bundle,
                                                    const NSImageDecoder& decoder);
 

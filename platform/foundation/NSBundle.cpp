@@ -24,3 +24,13 @@ std::optional<std::vector<std::byte>> NSBundle::dataForResource(std::string_view
   const auto found = resources_.find(name);
   return found == resources_.end() ? std::nullopt : std::optional(found->second);
 }
+
+std::shared_ptr<const NSImage> NSBundle::imageForResource(std::string_view name,
+                                                          const DecodeImage& decode) const {
+  const auto found = resources_.find(name);
+  if (found == resources_.end()) return nullptr;
+  const std::lock_guard lock(mutex_);
+  auto& image = images_[found->first];
+  if (!image) image = decode(found->second);
+  return image;
+}

@@ -68,6 +68,7 @@ TEST_F(ASongController, ShowsTheArtworkElseThePlaceholderElseAnEmptyImage) {
   EXPECT_EQ(controller_.songArtwork()->width(), 512);  // The player gives none.
   runner_.answer(kArtworkQuery, Descriptor::descriptorWithData({std::byte(1)}));
   EXPECT_EQ(controller_.songArtwork()->width(), 512);
+  EXPECT_EQ(controller_.songArtwork(), controller_.songArtwork()) << "it is decoded once";
   EXPECT_EQ(withoutPlaceholder.songArtwork()->width(), 0);
   runner_.answer(kArtworkQuery, Descriptor::descriptorWithData(FakeImageDecoder::picture(30, 20)));
   EXPECT_EQ(controller_.songArtwork()->height(), 20);

@@ -297,7 +297,9 @@ class AnInterfaceFile : public testing::Test, protected InterfaceElement {
 
   void write(const std::string& name, std::string_view text) {
     folder_.write(name, text);
-    *bundle_ = NSBundle(folder_.path());
+    // Those who look into the bundle hold a reference to it.
+    std::destroy_at(bundle_.get());
+    std::construct_at(bundle_.get(), folder_.path());
   }
 
   Corvella::TemporaryFolder folder_;
