@@ -35,7 +35,7 @@ void TodayView::adopt(std::unique_ptr<Run> run, const std::string& player) {
   run_ = std::move(run);
   choice_ = player;
   display_ = {};
-  playerHasLeft_ = !run_->session->isConnected();
+  playerHasLeft_ = false;
   rests_ = false;
   pages_.stop();
   auto& bridge = run_->bridge;
@@ -46,11 +46,7 @@ void TodayView::adopt(std::unique_ptr<Run> run, const std::string& player) {
 }
 
 void TodayView::showPlayer(const std::string& player) {
-  try {
-    replaceRun(startRun(player), player);
-  } catch (const std::runtime_error& error) {
-    window().setNotice(error.what());
-  }
+  replaceRun(startRun(player), player);
 }
 
 void TodayView::replaceRun(std::unique_ptr<Run> run, const std::string& player) {
@@ -59,22 +55,13 @@ void TodayView::replaceRun(std::unique_ptr<Run> run, const std::string& player) 
   if (window_) {
     connectRunToWindow();
     window_->panel().forgetInput();
-    window_->setNotice({});
   }
   if (open_) begin();
 }
 
-/// Nothing that a player has left behind may stay on the display: no sign, no bar, no lyrics. So
-/// the widget starts anew even when the whole bus has gone, on no player then.
+/// Nothing that a player has left behind may stay on the display: no sign, no bar, no lyrics.
 void TodayView::startAnew() {
-  const auto choice = choice_;
-  std::unique_ptr<Run> run;
-  try {
-    run = startRun(choice);
-  } catch (const std::runtime_error&) {
-    run = startRun("");
-  }
-  replaceRun(std::move(run), choice);
+  showPlayer(std::string(choice_));
 }
 
 /// The end of a session waits for the script that is running. On the GUI thread this would stall
@@ -163,7 +150,6 @@ void TodayView::disappear() {
   if (!std::exchange(open_, false)) return;
   everyMinute_.stop();
   pages_.stop();
-  window_->setNotice({});
   run_->bridge.setListening(false);
   extension().disappear();
   setTitle({});

@@ -22,8 +22,7 @@ namespace Corvella {
 /// the widget read everything anew; when the player leaves, the widget is ended with it, and a new
 /// one starts.
 ///
-/// Lives on the GUI thread. It waits for the session bus when a widget starts, for two seconds at
-/// most, and at its end for the script that is running.
+/// Lives on the GUI thread, and waits at its end for the script that is running.
 class TodayView final : public QObject {
   Q_OBJECT
 
@@ -40,8 +39,7 @@ class TodayView final : public QObject {
   /// Hides the window that is in front, and shows or raises any other.
   void toggle();
 
-  /// Ends the widget and starts it anew on another player. Where that cannot be, the widget stays
-  /// as it is and the heading says why.
+  /// Ends the widget and starts it anew on another player.
   void showPlayer(const std::string& player);
 
   /// The players to choose from. Asks none of them.

@@ -163,29 +163,19 @@ void TodayWindow::showPlayer(const PlayerDescription& player) {
   // the player before is as good as anything.
   if (player == player_ || !player.known) return;
   player_ = player;
-  showPlayerLine();
+  sayWhoIsPlaying();
+  place();
   panel_.setPlayer(player);
 }
 
-void TodayWindow::setNotice(const QString& notice) {
-  notice_ = notice;
-  showPlayerLine();
-}
-
-void TodayWindow::showPlayerLine() {
-  sayWhoIsPlaying();
-  place();
-}
-
 void TodayWindow::sayWhoIsPlaying() {
-  if (!notice_.isEmpty()) return playerButton_.showNotice(notice_);
   if (!player_) return playerButton_.showPlayer({});
   const auto identity = QString::fromStdString(player_->identity);
+  if (player_->silent) return playerButton_.showNotice(identity + " does not answer");
   if (!player_->exists()) {
     return playerButton_.showNotice(identity.isEmpty() ? "No player is running"
                                                        : identity + " is not running");
   }
-  if (player_->silent) return playerButton_.showNotice(identity + " does not answer");
   playerButton_.showPlayer(identity);
 }
 

@@ -52,8 +52,6 @@ class TodayWindow final : public QWidget {
 
   /// Says in the heading who is playing, or that nobody is, and offers what that player can do.
   void showPlayer(const PlayerDescription& player);
-  /// Something else that the heading says instead; nothing when empty.
-  void setNotice(const QString& notice);
   /// Where a list of the players belongs: below the line that says who is playing.
   QPoint placeOfPlayerMenu() const;
   /// Puts today's date into the heading.
@@ -86,7 +84,6 @@ class TodayWindow final : public QWidget {
  private:
   void setUp();
   void place();
-  void showPlayerLine();
   void sayWhoIsPlaying();
   void setCardHeight(int height);
   void easeCardHeightTo(int height);
@@ -103,7 +100,6 @@ class TodayWindow final : public QWidget {
   QVariantAnimation easing_{this};
   Placement placement_;
   std::optional<PlayerDescription> player_;  // Absent until it is known for the first time.
-  QString notice_;
   bool eased_ = true;
   bool isInLayer_ = false;  // Above all windows, and not to be moved; see `becomeLayerSurface`.
   int tallest_ = QWIDGETSIZE_MAX;

@@ -23,11 +23,9 @@ class WidgetSession {
   /// Runs scripts on the widget's player, for what is to be known beside the widget. Any thread.
   virtual ScriptRunner& scripts() = 0;
 
-  /// Why the player that the user named cannot be shown just now; empty when nothing is wrong. May
-  /// wait for answers for some hundred milliseconds.
+  /// Why no player, or not the one that the user named, can be shown just now; empty when nothing
+  /// is wrong. May wait for answers for some hundred milliseconds.
   virtual std::string whyPlayerIsNotShown() const { return {}; }
-  /// Whether there is a bus for the player; without one another session is to be tried later.
-  virtual bool isConnected() const { return true; }
   /// The player that the widget's scripts ask; see `MusicPlayer::description`.
   virtual PlayerDescription player() const = 0;
   /// All players that there are.
@@ -35,7 +33,7 @@ class WidgetSession {
   virtual void raisePlayer() = 0;
 };
 
-/// Starts the widget on the player that `--player` names, or on none if `player` is empty. `host`,
+/// Starts the widget on the player that `--player` names. `host`,
 /// which is told what the widget does, and `listener`, which is told the news of the player,
 /// outlive the session. Throws `std::runtime_error` with the reason when there can be none.
 using StartWidget = std::function<std::unique_ptr<WidgetSession>(

@@ -35,7 +35,6 @@ class SessionOnPlayer final : public WidgetSession {
   ExtensionThread& extension() override { return extension_; }
   ScriptRunner& scripts() override { return runner_; }
   std::string whyPlayerIsNotShown() const override { return chosen_.whyNotShown(); }
-  bool isConnected() const override { return chosen_.isConnected; }
   PlayerDescription player() const override { return chosen_.player->description(); }
   std::vector<PlayerDescription> players() const override { return chosen_.player->players(); }
   void raisePlayer() override { chosen_.player->raise(); }
@@ -64,7 +63,7 @@ std::unique_ptr<WidgetSession> Composition::startWidget(const std::string& playe
                           .deadlines = deadlines_,
                           .listener = listener,
                           .notices = std::cerr,
-                          .mayBeEmbedded = std::exchange(isFirstPlayer_, false)}),
+                          .isFirst = std::exchange(isFirstPlayer_, false)}),
       entitledTargets(bundle_), services, host, listener);
 }
 

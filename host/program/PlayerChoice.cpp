@@ -6,9 +6,9 @@
 #include <string_view>
 #include <utility>
 
-#include "players/NoPlayer.h"
 #include "players/embedded/EmbeddedPlayer.h"
 #include "players/mpris/MprisPlayer.h"
+#include "players/mpris/bus/SessionBus.h"
 
 namespace Corvella {
 
@@ -42,8 +42,13 @@ bool isWord(const std::string& choice, const char* word) {
   return qstricmp(choice.c_str(), word) == 0;
 }
 
+constexpr auto kBusIsSilent = "the session bus does not answer";
+
+/// Says nothing of a player that the user has not named, which is an empty `name`.
 std::string whyNotShown(const MprisPlayer& player, const std::string& name) {
   const auto wanted = player.candidates();
+  if (!player.busAnswers()) return kBusIsSilent;
+  if (name.empty()) return {};
   if (!std::ranges::all_of(wanted, &BusPlayer::silent)) return {};
 
   auto reason = "the player '" + name + "' " +
@@ -63,30 +68,27 @@ ChosenPlayer makePlayer(const std::string& choice, const PlayerParts& parts) {
     return ChosenPlayer{std::make_unique<EmbeddedPlayer>(parts.clock, parts.bundle,
                                                          embeddedTracks(), &parts.listener)};
   };
-  if (choice.empty()) {
-    ChosenPlayer nobody{std::make_unique<NoPlayer>("The session bus")};
-    nobody.isConnected = false;
-    return nobody;
-  }
   if (isWord(choice, "embedded")) return makeEmbedded();
-  if (!isWord(choice, "auto")) {
-    auto named = std::make_unique<MprisPlayer>(choice, parts.deadlines, &parts.listener);
-    const auto& player = *named;
-    return {std::move(named), [&player, choice] { return whyNotShown(player, choice); }};
-  }
+  const auto name = isWord(choice, "auto") ? std::string() : choice;
   try {
-    return {std::make_unique<MprisPlayer>("", parts.deadlines, &parts.listener)};
+    if (parts.isFirst) requireSessionBus();
   } catch (const std::runtime_error& error) {
-    if (!parts.mayBeEmbedded) throw;
+    if (!name.empty()) throw;
     parts.notices << "corvella: " << error.what() << "; showing the embedded player\n";
     return makeEmbedded();
   }
+  auto onBus = std::make_unique<MprisPlayer>(name, parts.deadlines, &parts.listener);
+  const auto& player = *onBus;
+  return {std::move(onBus), [&player, name] { return whyNotShown(player, name); }};
 }
 
 void printPlayers(std::ostream& output, std::ostream& notices) {
   output << "embedded (built in)\n";
   try {
-    for (const auto& player : MprisPlayer().candidates()) output << nameAndState(player) << "\n";
+    requireSessionBus();
+    const MprisPlayer players;
+    for (const auto& player : players.candidates()) output << nameAndState(player) << "\n";
+    if (!players.busAnswers()) throw std::runtime_error(kBusIsSilent);
   } catch (const std::runtime_error& error) {
     notices << "corvella: " << error.what() << "\n";
   }

@@ -16,11 +16,10 @@ namespace Corvella {
 /// A player, and what the command line has to say about it.
 struct ChosenPlayer {
   std::unique_ptr<MusicPlayer> player;
-  /// Says why the player that the user named cannot be shown just now: nobody of that name is on
-  /// the bus, or it does not answer; and who is there. Empty when nothing is wrong. Waits for
+  /// Says why no player can be shown just now: the bus does not answer, or nobody of the name that
+  /// the user gave is on it or answers; and who is there. Empty when nothing is wrong. Waits for
   /// answers for some hundred milliseconds at most. Must not be called after the player's end.
   std::function<std::string()> whyNotShown = [] { return std::string(); };
-  bool isConnected = true;  ///< See `WidgetSession::isConnected`.
 };
 
 /// What a player is made with. The services and the listener, which is told the player's news, must
@@ -31,12 +30,12 @@ struct PlayerParts {
   const MprisDeadlines& deadlines;
   PlayerNewsListener& listener;
   std::ostream& notices;
-  bool mayBeEmbedded;  ///< Whether "auto" is the embedded player where there is no session bus.
+  bool isFirst;  ///< The program's first player; later ones wait for a bus that has gone.
 };
 
 /// Makes the player that `--player` names: "embedded" or "auto", in capitals or not, or a player on
-/// the session bus. Where "auto" becomes the embedded player, `notices` says so. An empty choice
-/// makes a player that is not there. Throws `std::runtime_error` when there is no bus.
+/// the session bus. Where there is no bus for the first player, "auto" becomes the embedded one and
+/// `notices` says so; for a player with a name, throws `std::runtime_error`.
 ChosenPlayer makePlayer(const std::string& choice, const PlayerParts& parts);
 
 /// Writes the names that `--player` takes, a line each, with the state of those on the bus; says on

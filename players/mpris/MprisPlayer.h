@@ -23,14 +23,17 @@ namespace Corvella {
 /// deadline (`MprisDeadlines::call`) fails every call at once until it has answered a probe.
 class MprisPlayer final : public MusicPlayer {
  public:
-  /// Connects to the session bus and starts to follow its players. With a `pinnedName` only players
-  /// of that name count (see `PlayerRoster`). `listener`, which may be null, outlives the player.
-  /// Throws `std::runtime_error` when no bus is reachable.
+  /// Starts to follow the players on the session bus, which may come later or again. With a
+  /// `pinnedName` only players of that name count (see `PlayerRoster`). `listener`, which may be
+  /// null, outlives the player.
   explicit MprisPlayer(const std::string& pinnedName = {}, const MprisDeadlines& deadlines = {},
                        PlayerNewsListener* listener = nullptr);
 
   /// The players on the bus that count, by name. Waits for the first list, at most one deadline.
   std::vector<PlayerRoster::Player> candidates() const;
+
+  /// Whether the session bus has answered and not ended since. Waits for nobody.
+  bool busAnswers() const { return roster_.busAnswers(); }
 
   bool running() override;
   PlayerAnswer<PlayerState> playerState() override;

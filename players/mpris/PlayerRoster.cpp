@@ -81,7 +81,8 @@ PlayerDescription PlayerRoster::currentDescription() const {
   const std::lock_guard lock(mutex_);
   if (const auto* const current = findCurrent()) return current->second.describe();
   PlayerDescription nobody;
-  nobody.identity = pinnedName_;
+  nobody.identity = bus_ == Bus::Answering ? pinnedName_ : "The session bus";
+  nobody.silent = bus_ == Bus::Silent;
   nobody.known = hasChosen_;
   return nobody;
 }

@@ -48,7 +48,8 @@ class PlayerRoster final : public MprisObserver {
   explicit PlayerRoster(const std::string& pinnedName = {}, PlayerNewsListener* listener = nullptr,
                         std::chrono::milliseconds betweenTracks = std::chrono::milliseconds(600));
 
-  /// Waits until the players that were there at the start are known, at most until the deadline.
+  /// Waits until the players that were there at the start are known or there is no bus, at most
+  /// until the deadline.
   void awaitList(std::chrono::milliseconds deadline) const;
 
   /// Chooses the current player anew; absent when there is none.
@@ -63,7 +64,8 @@ class PlayerRoster final : public MprisObserver {
   /// All players on the bus, by name. Where several call themselves the same, their names are added
   /// to what they call themselves.
   std::vector<PlayerDescription> descriptions() const;
-  /// The current player, which is empty when there is none.
+  /// The current player, which is empty when there is none; the session bus in the place of a
+  /// player while there is none or it does not answer.
   PlayerDescription currentDescription() const;
 
   // In PlayerRosterNews.cpp: what players answer to callers and tell.
@@ -103,10 +105,15 @@ class PlayerRoster final : public MprisObserver {
   bool isFollowed(const std::string& owner) const override;
   void playerFellSilent(const std::string& owner) override;
   void playersListed() override;
+  void busConnected() override;
   void busLost() override;
+
+  /// Whether the bus has answered and not ended since.
+  bool busAnswers() const;
 
  private:
   using Entries = std::map<std::string, KnownPlayer>;  // By owner.
+  enum class Bus : std::uint8_t { Silent, Answering, Missing };
 
   /// Whether the player can become the current one.
   bool counts(const KnownPlayer& player) const;
@@ -131,6 +138,7 @@ class PlayerRoster final : public MprisObserver {
   const std::chrono::milliseconds betweenTracks_;
   mutable std::mutex mutex_;
   mutable std::condition_variable listedCondition_;
+  Bus bus_ = Bus::Silent;
   bool listed_ = false;
   Entries entries_;
   std::optional<std::string> currentOwner_;  // Absent until there is a first one to choose.

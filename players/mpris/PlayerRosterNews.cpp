@@ -202,12 +202,26 @@ void PlayerRoster::playersListed() {
   tellOfChoice();
 }
 
+void PlayerRoster::busConnected() {
+  const std::lock_guard lock(mutex_);
+  bus_ = Bus::Answering;
+  listed_ = false;
+  tell(PlayerNews::Described);
+}
+
 void PlayerRoster::busLost() {
   const std::lock_guard lock(mutex_);
+  const auto before = std::exchange(bus_, Bus::Missing);
   entries_.clear();
   listed_ = true;
   listedCondition_.notify_all();
-  tellOfChoice();
+  if (before == Bus::Answering) tell(PlayerNews::Left);
+  if (before == Bus::Silent) tell(PlayerNews::Described);
+}
+
+bool PlayerRoster::busAnswers() const {
+  const std::lock_guard lock(mutex_);
+  return bus_ == Bus::Answering;
 }
 
 /// Not the current player alone: the news may be why another one is chosen, and the choice is made

@@ -31,8 +31,7 @@ class NewsOnTheBus : public testing::Test {
   }
 
   /// Deadlines that no player misses, however busy the machine is.
-  static constexpr MprisDeadlines kPatience{
-      .call = longestWait, .greeting = longestWait, .connecting = longestWait};
+  static constexpr MprisDeadlines kPatience{.call = longestWait, .greeting = longestWait};
 
   class Listener final : public PlayerNewsListener {
    public:

@@ -12,6 +12,7 @@
 #include <gmock/gmock.h>
 
 #include "players/mpris/MprisPlayer.h"
+#include "players/mpris/bus/SessionBus.h"
 #include "tests/support/Eventually.h"
 #include "tests/support/FakeMprisPlayer.h"
 #include "tests/support/MediaFile.h"
@@ -31,8 +32,7 @@ using Entries = FakeMprisPlayer::Entries;
 using Write = FakeMprisPlayer::Write;
 
 /// Deadlines that no player misses unless it hangs, however busy the machine is.
-constexpr MprisDeadlines patience{
-    .call = longestWait, .greeting = longestWait, .connecting = longestWait};
+constexpr MprisDeadlines patience{.call = longestWait, .greeting = longestWait, .missingBus = 10ms};
 
 /// A session bus with a fake player on it that plays a track, and the stack that reads it.
 class AFakePlayerOnTheBus : public testing::Test {
@@ -429,15 +429,22 @@ TEST_F(ABus, WithManyPlayersAsksThemAllAtOnceAndWaitsForNoneThatHangs) {
   EXPECT_THAT(proxy.calls(), testing::IsEmpty());
 }
 
-TEST_F(AFakePlayerOnTheBus, IsGoneWithTheBus) {
+TEST_F(AFakePlayerOnTheBus, IsGoneWithTheBusAndAnotherIsFoundWhenThereIsABusAgain) {
   EXPECT_EQ(controller().songInfo().title, "Title");
   bus_.stop();
   EXPECT_EQ(controller().songInfo().title, "No Song Playing");
   EXPECT_TRUE(eventually([&] { return !controller().running(); }));
-  EXPECT_THROW(MprisPlayer(), std::runtime_error);
+  EXPECT_EQ(player_->description().identity, "The session bus");
+  EXPECT_FALSE(player_->description().silent);
+  EXPECT_THROW(requireSessionBus(), std::runtime_error);
+
+  bus_.start();
+  FakeMprisPlayer other(bus_.address(), "other");
+  other.show("Another", "Playing");
+  EXPECT_TRUE(eventuallyShows("Another"));
 }
 
-TEST_F(AFakePlayerOnTheBus, IsLateWhenTheBusItselfHangsAndNobodyWaitsForSuchABus) {
+TEST_F(AFakePlayerOnTheBus, IsLateWhileTheBusItselfHangs) {
   connect({.call = 100ms, .greeting = longestWait});
   ASSERT_TRUE(eventually([&] { return errorNumber("get sound volume") == 0; }));
   bus_.freeze();
@@ -447,7 +454,15 @@ TEST_F(AFakePlayerOnTheBus, IsLateWhenTheBusItselfHangsAndNobodyWaitsForSuchABus
     threads.emplace_back([&] { EXPECT_EQ(errorNumber("get sound volume"), kTimedOut); });
   }
   for (auto& thread : threads) thread.join();
-  EXPECT_THROW(MprisPlayer("", {.connecting = 100ms}), std::runtime_error);
+
+  // The same from the start, until the bus answers.
+  EXPECT_FALSE(sessionBusAnswers(1ms));
+  connect({.call = 100ms, .greeting = longestWait});
+  EXPECT_FALSE(controller().running());
+  EXPECT_TRUE(player_->description().silent);
+  EXPECT_EQ(player_->description().identity, "The session bus");
+  bus_.thaw();
+  EXPECT_TRUE(eventuallyShows("Title"));
 }
 
 TEST_F(AFakePlayerOnTheBus, IsAskedForItsStatusByOneQuestionAtATime) {

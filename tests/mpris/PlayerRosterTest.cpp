@@ -147,7 +147,10 @@ TEST_F(ARoster, TellsTheNewsOfTheCurrentPlayer) {
       {"asked", [&] { EXPECT_EQ(roster_->currentDescription(), shown); }, {}},
       {"left", [&] { roster_->playerVanished(kPrefix + "a"); }, {Left}},
       {"stranger", [&] { roster_->noticeVolume(":9", 1); }, {}},
-      {"gone for good", [&] { roster_->busLost(); }, {}}};
+      {"no bus", [&] { roster_->busLost(); }, {Described}},
+      {"still none", [&] { roster_->busLost(); }, {}},
+      {"a bus", [&] { roster_->busConnected(); }, {Described}},
+      {"gone with the bus", [&] { roster_->busLost(); }, {Left}}};
   news();
   for (const auto& row : rows) {
     row.happens();

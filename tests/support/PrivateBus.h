@@ -35,21 +35,17 @@ class PrivateBus {
     const auto folder = folder_.path().string();
     std::filesystem::create_directory(folder + "/services");
     // Stands in for --session, which would bring the machine's services.
-    const auto file = folder_.write(
-        "bus.conf", "<busconfig><type>session</type><listen>unix:path=" + folder +
-                        "/bus</listen><auth>EXTERNAL</auth><servicedir>" + folder +
-                        "/services</servicedir><policy context=\"default\"><allow own=\"*\"/>"
-                        "<allow send_destination=\"*\" eavesdrop=\"true\"/>"
-                        "<allow eavesdrop=\"true\"/></policy></busconfig>");
-    daemon_.emplace(std::vector<std::string>{"dbus-daemon", "--nofork", "--print-address",
-                                             "--config-file=" + file.string()});
-    eventually([this] { return daemon_->output().ends_with('\n') || !daemon_->running(); });
-    address_ = daemon_->output();
-    if (!address_.ends_with('\n')) throw std::runtime_error("no bus: " + daemon_->errors());
-    address_.pop_back();
+    file_ = folder_.write("bus.conf",
+                          "<busconfig><type>session</type><listen>unix:path=" + folder +
+                              "/bus</listen><auth>EXTERNAL</auth><servicedir>" + folder +
+                              "/services</servicedir><policy context=\"default\"><allow own=\"*\"/>"
+                              "<allow send_destination=\"*\" eavesdrop=\"true\"/>"
+                              "<allow eavesdrop=\"true\"/></policy></busconfig>");
+    start();
   }
 
-  const std::string& address() const { return address_; }
+  /// Where the bus takes connections, by whatever daemon.
+  std::string address() const { return "unix:path=" + folder_.path().string() + "/bus"; }
 
   /// From now on the bus runs `commandLine` when a message is sent to `name` and nobody owns it.
   void addActivatableName(const std::string& name, const std::string& commandLine) {
@@ -63,14 +59,22 @@ class PrivateBus {
     daemon_->kill(SIGKILL);
     daemon_->wait();
   }
+  /// Starts another bus at the same address, and returns when it takes connections.
+  void start() {
+    daemon_.emplace(std::vector<std::string>{"dbus-daemon", "--nofork", "--print-address",
+                                             "--config-file=" + file_.string()});
+    eventually([this] { return daemon_->output().ends_with('\n') || !daemon_->running(); });
+    if (daemon_->output().empty()) throw std::runtime_error("no bus: " + daemon_->errors());
+  }
 
   /// Lets the bus hang: it takes connections and messages, and does nothing with them.
   void freeze() { daemon_->kill(SIGSTOP); }
+  void thaw() { daemon_->kill(SIGCONT); }
 
  private:
   TemporaryFolder folder_;
+  std::filesystem::path file_;
   std::optional<Process> daemon_;
-  std::string address_;
 };
 
 /// Makes a bus the session bus of this process for as long as the object lives; afterwards there is

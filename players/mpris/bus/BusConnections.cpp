@@ -56,10 +56,6 @@ bool drain(sd_bus* bus) {
 
 }  // namespace
 
-BusConnections::BusConnections(const MprisDeadlines& deadlines) : deadline_(deadlines.call) {
-  while (idle_.size() < kMostIdle) idle_.push_back(connectToSessionBus(deadlines.connecting));
-}
-
 PlayerAnswer<PropertyValue> BusConnections::call(const Compose& compose, const Read& read) try {
   const auto end = Clock::now() + deadline_;
   auto connection = take();
@@ -71,6 +67,11 @@ PlayerAnswer<PropertyValue> BusConnections::call(const Compose& compose, const R
 } catch (const std::system_error& error) {
   const bool late = error.code() == std::errc::timed_out;
   return late ? PlayerFailure::TimedOut : PlayerFailure::NotRunning;
+}
+
+void BusConnections::closeIdle() {
+  const std::lock_guard lock(mutex_);
+  idle_.clear();
 }
 
 BusConnection BusConnections::take() {

@@ -16,9 +16,7 @@ namespace Corvella {
 /// event loop. Any thread.
 class BusConnections {
  public:
-  /// Connects for the first two callers, who come at the same time. Throws std::system_error when
-  /// the bus cannot be reached.
-  explicit BusConnections(const MprisDeadlines& deadlines);
+  explicit BusConnections(const MprisDeadlines& deadlines) : deadline_(deadlines.call) {}
 
   using Compose = std::function<BusMessage(sd_bus*)>;
   using Read = std::function<PropertyValue(sd_bus_message*)>;
@@ -26,6 +24,9 @@ class BusConnections {
   /// Sends the call that `compose` makes for a connection, and returns what `read` makes of the
   /// reply. Blocks for at most the deadline of a call, and fails as `MprisBus` does.
   PlayerAnswer<PropertyValue> call(const Compose& compose, const Read& read);
+
+  /// Closes the connections that no caller uses, because their bus has ended.
+  void closeIdle();
 
  private:
   BusConnection take();

@@ -1,28 +1,26 @@
 #pragma once
 
 #include <atomic>
+#include <functional>
 #include <mutex>
 #include <string>
 #include <thread>
 #include <vector>
 
-#include "players/mpris/bus/BusCalls.h"
-#include "players/mpris/bus/Introductions.h"
 #include "players/mpris/bus/MprisBus.h"
 #include "players/mpris/bus/MprisObserver.h"
-#include "players/mpris/bus/SdBus.h"
-#include "players/mpris/bus/SecondLooks.h"
 #include "players/mpris/bus/WakeUp.h"
+#include "players/mpris/bus/WatchedConnection.h"
 
 namespace Corvella {
 
-/// A connection to the session bus that tells an observer which players there are, and a thread
-/// that sleeps until the bus has news. While that thread runs it alone uses the connection.
+/// Keeps up a connection to the session bus that tells an observer which players there are, on a
+/// thread that sleeps until the bus has news. While there is no bus, it is looked for at intervals.
 class BusWatch {
  public:
-  /// Starts the thread. `observer` outlives this object. Throws std::system_error when the bus
-  /// cannot be reached.
-  BusWatch(MprisObserver& observer, const MprisDeadlines& deadlines);
+  /// Starts the thread. `observer` and what `busLost` uses outlive this object; `busLost` is called
+  /// on the thread, before the observer is told.
+  BusWatch(MprisObserver& observer, const MprisDeadlines& deadlines, std::function<void()> busLost);
   ~BusWatch();
   BusWatch(const BusWatch&) = delete;
   BusWatch& operator=(const BusWatch&) = delete;
@@ -33,31 +31,22 @@ class BusWatch {
   void raise(const std::string& owner);
 
  private:
-  template <void (BusWatch::*Handle)(sd_bus_message*)>
-  void subscribe(const char* rule);
-  void run();
-  void turn();
-  void startProbes();
-  void startRaises();
-  void lookAgain();
+  /// Owners of players to whom something is to be done on the thread.
+  using Owners = std::vector<std::string>;
 
-  void nameOwnerChanged(sd_bus_message* signal);
-  void propertiesChanged(sd_bus_message* signal);
-  void identityChanged(sd_bus_message* signal);
-  void positionJumped(sd_bus_message* signal);
+  void run();
+  void follow();
+  void add(Owners& owners, const std::string& owner);
+  Owners take(Owners& owners);
 
   MprisObserver& observer_;
   const MprisDeadlines deadlines_;
-  BusConnection connection_;
-  BusCalls calls_{connection_.get()};
-  SecondLooks secondLooks_{observer_, calls_, deadlines_};
-  Introductions introductions_{observer_, calls_, secondLooks_, deadlines_};
-
+  const std::function<void()> busLost_;
   WakeUp wakeUp_;
   std::atomic<bool> stopping_{false};
   std::mutex mutex_;
-  std::vector<std::string> toProbe_;
-  std::vector<std::string> toRaise_;
+  Owners toProbe_;
+  Owners toRaise_;
   std::thread thread_;
 };
 

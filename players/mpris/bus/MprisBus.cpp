@@ -1,8 +1,6 @@
 #include "players/mpris/bus/MprisBus.h"
 
-#include <stdexcept>
 #include <string>
-#include <system_error>
 #include <utility>
 #include <variant>
 
@@ -40,12 +38,10 @@ PlayerAnswer<Done> doneIn(const Answer& answer) {
 
 }  // namespace
 
-MprisBus::MprisBus(MprisObserver& observer, const MprisDeadlines& deadlines) try
+MprisBus::MprisBus(MprisObserver& observer, const MprisDeadlines& deadlines)
     : connections_(std::make_unique<BusConnections>(deadlines)),
-      watch_(std::make_unique<BusWatch>(observer, deadlines)) {
-} catch (const std::system_error& error) {
-  throw std::runtime_error(std::string("no session bus: ") + error.what());
-}
+      watch_(
+          std::make_unique<BusWatch>(observer, deadlines, [this] { connections_->closeIdle(); })) {}
 
 MprisBus::~MprisBus() = default;
 

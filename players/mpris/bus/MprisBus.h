@@ -20,8 +20,8 @@ struct MprisDeadlines {
   /// For what a player is asked when it appears: short enough that a first script, which waits for
   /// the first list, still has its own deadline before it.
   std::chrono::milliseconds greeting{300};
-  /// For the bus, when the program connects to it at its start.
-  std::chrono::milliseconds connecting{2000};
+  /// For a bus that is missing, until it is looked for again.
+  std::chrono::milliseconds missingBus{2000};
   /// For a picture from the web, which is news when it comes later.
   std::chrono::milliseconds webPicture{150};
 };
@@ -37,10 +37,12 @@ struct MprisDeadlines {
 /// A call fails with `TimedOut` when the player or the bus does not answer in time, with
 /// `NotRunning` when the owner or the bus is gone, and with `NotUnderstood` when the player answers
 /// with an error or with something that cannot be read.
+///
+/// The bus may be missing, not answer, or end: it is looked for until it is there again.
 class MprisBus {
  public:
-  /// Connects to the session bus and starts to report to `observer`, which must outlive the bus.
-  /// Throws `std::runtime_error` when no bus is reachable.
+  /// Starts to report to `observer`, which must outlive this object. Waits for nobody: whether
+  /// there is a bus is part of what is reported.
   explicit MprisBus(MprisObserver& observer, const MprisDeadlines& deadlines = {});
   /// Ends the watching thread; no report comes after it.
   ~MprisBus();

@@ -49,7 +49,10 @@ class MprisObserver {
   /// All players that were there at the start have been reported.
   virtual void playersListed() = 0;
 
-  /// The bus is gone, and every player with it.
+  /// The bus answers; the players that there are on it will be reported.
+  virtual void busConnected() = 0;
+
+  /// There is no bus, or it is gone, and every player with it. May come again and again.
   virtual void busLost() = 0;
 };
 

@@ -4,11 +4,16 @@
 
 namespace Corvella {
 
-BusConnection connectToSessionBus(std::chrono::milliseconds deadline) {
-  const auto end = std::chrono::steady_clock::now() + deadline;
+BusConnection openSessionBus() {
   sd_bus* bus = nullptr;
   checkBus(sd_bus_open_user(&bus), "sd_bus_open_user");
-  BusConnection connection(bus);
+  return BusConnection(bus);
+}
+
+BusConnection connectToSessionBus(std::chrono::milliseconds deadline) {
+  const auto end = std::chrono::steady_clock::now() + deadline;
+  auto connection = openSessionBus();
+  auto* const bus = connection.get();
   // The first call would wait for the bus's greeting without any limit.
   while (checkBus(sd_bus_is_ready(bus), "sd_bus_is_ready") == 0) {
     if (checkBus(sd_bus_process(bus, nullptr), "sd_bus_process") > 0) continue;

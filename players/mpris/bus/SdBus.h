@@ -59,6 +59,10 @@ void guarded(Action action) noexcept {
   }
 }
 
+/// Begins to connect to the session bus, and waits for nothing: the connection is ready once the
+/// bus has greeted. Throws std::system_error when no bus takes connections.
+BusConnection openSessionBus();
+
 /// Connects to the session bus, which may take as long as `deadline`. Throws std::system_error.
 BusConnection connectToSessionBus(std::chrono::milliseconds deadline);
 
