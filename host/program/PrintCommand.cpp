@@ -140,7 +140,7 @@ class Printer final : public QObject {
 }  // namespace
 
 void runPrintCommand(const CommandLine& commandLine) {
-  TerminationSignals termination;  // Before any thread is started.
+  TerminationSignals termination;
   qputenv("QT_QPA_PLATFORM", "offscreen");
   int argumentCount = 0;
   const QGuiApplication application(argumentCount, nullptr);
