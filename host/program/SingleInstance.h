@@ -3,8 +3,8 @@
 #include <QDBusConnection>
 #include <QObject>
 #include <QString>
+#include <QTimer>
 #include <QVariantList>
-#include <utility>
 
 namespace Corvella {
 
@@ -25,10 +25,10 @@ class SingleInstance final : public QObject {
   };
 
   /// Needs a `QCoreApplication`.
-  explicit SingleInstance(QDBusConnection bus = QDBusConnection::sessionBus())
-      : bus_(std::move(bus)) {}
+  explicit SingleInstance(QDBusConnection bus = QDBusConnection::sessionBus());
 
-  /// Takes the name if it is free; calls are answered from then on, once an event loop runs.
+  /// Takes the name if it is free; calls are answered from then on, once an event loop runs. Where
+  /// the bus is missing or ends, the name is taken as soon as there is a bus again.
   Role claimName();
 
   /// Whether another instance has the name. Takes nothing.
@@ -55,8 +55,14 @@ class SingleInstance final : public QObject {
   void playerAsked(const QString& player);
   void quitAsked();
 
+ private slots:
+  void awaitBus() { nextLook_.start(); }
+
  private:
+  void lookForBus();
+
   QDBusConnection bus_;
+  QTimer nextLook_;
 };
 
 }  // namespace Corvella

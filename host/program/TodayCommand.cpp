@@ -2,9 +2,11 @@
 
 #include <QByteArray>
 #include <QCoreApplication>
+#include <QDBusConnection>
 #include <QFileInfo>
 #include <QGuiApplication>
 #include <QStandardPaths>
+#include <chrono>
 #include <filesystem>
 #include <iostream>
 #include <stdexcept>
@@ -22,6 +24,7 @@
 #include "host/program/StandardStreams.h"
 #include "host/program/TerminationSignals.h"
 #include "host/program/ViewPicture.h"
+#include "players/mpris/bus/SessionBus.h"
 
 namespace Corvella {
 
@@ -83,6 +86,20 @@ void keepNoLargeBuffers() {
   ::mallopt(M_MMAP_THRESHOLD, kLarge);
 }
 
+/// Qt waits without a limit for a session bus that takes connections and does not answer: for the
+/// program's name, for the tray and for assistive technology. So where the bus does not answer, the
+/// one connection that Qt makes for all of these is made to nowhere. The players are followed
+/// without Qt, and are shown once the bus answers.
+void keepQtFromSilentBus() {
+  constexpr auto kAddress = "DBUS_SESSION_BUS_ADDRESS";
+  if (sessionBusAnswers(std::chrono::seconds(1))) return;
+  const bool isSet = qEnvironmentVariableIsSet(kAddress);
+  const auto address = qgetenv(kAddress);
+  qputenv(kAddress, "unix:path=/dev/null");
+  QDBusConnection::sessionBus();
+  isSet ? qputenv(kAddress, address) : qunsetenv(kAddress);
+}
+
 void tellFirst(const SingleInstance& instance, const CommandLine& commandLine) {
   const bool toggles = commandLine.action == CommandLine::Action::Toggle;
   const auto player = QString::fromStdString(commandLine.player);
@@ -94,9 +111,10 @@ void tellFirst(const SingleInstance& instance, const CommandLine& commandLine) {
 }  // namespace
 
 int runTodayCommand(const CommandLine& commandLine) {
-  TerminationSignals termination;  // Made first: threads that exist already would be interrupted.
+  TerminationSignals termination;
   const bool wantsNoDisplay = choosePlatform();
   keepNoLargeBuffers();
+  keepQtFromSilentBus();
   const Application application;
   SingleInstance instance;
   const auto role = instance.claimName();
@@ -105,7 +123,7 @@ int runTodayCommand(const CommandLine& commandLine) {
     return 0;
   }
   if (role == SingleInstance::Role::Alone) {
-    std::cerr << "corvella: there is no session bus; other instances will not find this one\n";
+    std::cerr << "corvella: no session bus answers; other instances will not find this one\n";
   }
   const Composition composition;
   TodayView view(composition.starter(), commandLine.player);
@@ -120,6 +138,7 @@ int runTodayCommand(const CommandLine& commandLine) {
 void runQuitCommand() {
   int argumentCount = 0;
   const QCoreApplication application(argumentCount, nullptr);
+  keepQtFromSilentBus();
   const SingleInstance instance;
   if (instance.isThereAFirst() && !instance.tellFirst("Quit")) {
     throw std::runtime_error(kFirstIsSilent);

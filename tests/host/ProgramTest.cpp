@@ -232,6 +232,25 @@ TEST_F(AUser, StartsAnewAfterAnInstanceThatASignalEnded) {
   }
 }
 
+TEST_F(AUser, FindsTheFirstInstanceOnABusThatHasComeBack) {
+  auto first = open();
+  ASSERT_TRUE(isListening());
+  bus_.stop();
+  bus_.start();
+  const auto again = QDBusConnection::connectToBus(address_, address_ + "again");
+  EXPECT_TRUE(eventually([&] { return SingleInstance(again).tellFirst("Quit"); }));
+  EXPECT_EQ(first.wait(), 0);
+}
+
+TEST_F(AUser, GetsAWindowThoughTheSessionBusDoesNotAnswerAndMayEndIt) {
+  bus_.freeze();
+  auto program = start({}, kOffscreen);
+  EXPECT_TRUE(eventually([&] { return program.errors().ends_with("will not find this one\n"); }));
+  program.kill(SIGTERM);
+  EXPECT_EQ(program.wait(), 0);
+  EXPECT_THAT(run({"--print"}).errors, HasSubstr("the session bus does not answer"));
+}
+
 TEST_F(AUser, MaySwitchTheRunningInstanceToAnotherPlayer) {
   FakeMprisPlayer player(bus_.address(), "other");
   player.show("A Title", "Playing");
