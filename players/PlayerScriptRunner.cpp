@@ -1,6 +1,7 @@
 #include "players/PlayerScriptRunner.h"
 
 #include <algorithm>
+#include <new>
 #include <utility>
 #include <variant>
 #include <vector>
@@ -129,7 +130,7 @@ std::unique_ptr<NSAppleScript> PlayerScriptRunner::initWithSource(std::string so
   return std::make_unique<PlayerScript>(*this, std::move(source));
 }
 
-NSAppleScriptExecution PlayerScriptRunner::run(std::string_view source) {
+NSAppleScriptExecution PlayerScriptRunner::run(std::string_view source) try {
   auto parsed = parseScript(source);
   if (auto* error = std::get_if<ScriptTextError>(&parsed)) {
     if (error->kind == ScriptTextError::Kind::Syntax) {
@@ -142,6 +143,10 @@ NSAppleScriptExecution PlayerScriptRunner::run(std::string_view source) {
   auto& command = std::get<ScriptCommand>(parsed);
   if (!isGranted(command)) return notPermitted(std::move(command.application));
   return answer(command);
+} catch (const std::bad_alloc&) {
+  // What a player says may be larger than the memory that is left. Without its answer the widget
+  // goes on; an exception would end the program.
+  return failed(PlayerFailure::NotUnderstood);
 }
 
 bool PlayerScriptRunner::mayAddress(std::string_view application) const {

@@ -278,6 +278,8 @@ TEST_F(AScript, TurnsAFailureIntoThePlatformsNumber) {
       EXPECT_EQ(errorOf("tell app \"iTunes\" to " + command).number, number) << command;
     }
   }
+  player_.answersTooMuch = true;
+  EXPECT_EQ(errorOf("tell app \"iTunes\" to get sound volume").number, kNotUnderstood);
 }
 
 TEST_F(AScript, AddressesNoOtherApplicationWhateverTheCommand) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <new>
 #include <optional>
 #include <string>
 #include <vector>
@@ -12,6 +13,7 @@ namespace Corvella {
 class FakeMusicPlayer final : public MusicPlayer {
  public:
   std::optional<PlayerFailure> failure;
+  bool answersTooMuch = false;  ///< More than fits into memory.
   PlayerState state = PlayerState::Paused;
   int volume = 35;
   Track track{"Name", "Artist", "Album", "La la", 60, std::chrono::milliseconds(215'500)};
@@ -46,6 +48,7 @@ class FakeMusicPlayer final : public MusicPlayer {
  private:
   template <typename Value>
   PlayerAnswer<Value> orFailure(Value value) const {
+    if (answersTooMuch) throw std::bad_alloc();
     if (failure) return *failure;
     return value;
   }
