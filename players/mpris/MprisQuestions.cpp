@@ -1,6 +1,8 @@
 // The questions that `MprisPlayer` puts to a player, and what the answers mean.
 
+#include <string>
 #include <utility>
+#include <variant>
 
 #include "players/mpris/MprisPlayer.h"
 
@@ -13,6 +15,14 @@ namespace {
 PlayerAbilities abilitiesIn(const PropertyMap& properties) {
   return {.listsVolume = properties.contains("Volume"),
           .listsRating = properties.contains("Rating")};
+}
+
+/// Whether a player that is not ready yet, or is broken, answers with other types than it should.
+bool isMistyped(const PropertyMap& properties) {
+  const auto* const status = properties.find("PlaybackStatus");
+  const auto* const metadata = properties.find("Metadata");
+  return (status != nullptr && !std::holds_alternative<std::string>(status->content)) ||
+         (metadata != nullptr && !std::holds_alternative<PropertyMap>(metadata->content));
 }
 
 bool describesATrack(const TrackMetadata& metadata) {
@@ -69,9 +79,11 @@ PlayerAnswer<PropertyMap> MprisPlayer::getOneByOne(const Player& player) {
   return PropertyMap(std::move(properties));
 }
 
-/// A player that plays nothing is stopped, whatever it says.
+/// A player that plays nothing is stopped, whatever it says. Nobody tells when a player comes to
+/// answer as it should, so one that does not is looked at again.
 PlayerAnswer<PlayerState> MprisPlayer::stateIn(const Player& player,
                                                const PropertyMap& properties) {
+  if (isMistyped(properties)) bus_.lookLater(player.owner);
   auto state = stateOf(properties.find("PlaybackStatus"));
   auto metadata = readTrackMetadata(properties.find("Metadata"));
   if (!describesATrack(metadata)) {

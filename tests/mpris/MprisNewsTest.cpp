@@ -90,6 +90,15 @@ TEST_F(NewsOnTheBus, OfOneThatCannotAnswerYetWhenItAppearsAreLookedAtAgain) {
   EXPECT_TRUE(eventuallyTold(PlayerNews::Changed, 1));
 }
 
+TEST_F(NewsOnTheBus, OfOneThatAnswersWithWrongTypesAreLookedForAgain) {
+  fake_.set("PlaybackStatus", INT64_C(5));
+  connect();
+  ASSERT_TRUE(player_->running());
+  EXPECT_EQ(*player_->playerState(), PlayerState::Stopped);
+  fake_.set("PlaybackStatus", "Playing");
+  EXPECT_TRUE(eventuallyTold(PlayerNews::Changed, 1));
+}
+
 TEST_F(NewsOnTheBus, ThatAreNotToldAreFoundInTheNextAnswer) {
   const auto setLength = [this](std::int64_t microseconds) {
     fake_.setMetadata({{"xesam:title", "Title"}, {"mpris:length", microseconds}});

@@ -28,6 +28,10 @@ void BusWatch::raise(const std::string& owner) {
   add(toRaise_, owner);
 }
 
+void BusWatch::lookLater(const std::string& owner) {
+  add(toLookAt_, owner);
+}
+
 void BusWatch::add(Owners& owners, const std::string& owner) {
   {
     const std::lock_guard lock(mutex_);
@@ -63,6 +67,7 @@ void BusWatch::follow() {
     connection.work();
     for (const auto& owner : take(toProbe_)) connection.probe(owner);
     for (const auto& owner : take(toRaise_)) connection.raise(owner);
+    for (const auto& owner : take(toLookAt_)) connection.lookLater(owner);
     connection.await(wakeUp_);
   }
 }

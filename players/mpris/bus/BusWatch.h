@@ -29,6 +29,8 @@ class BusWatch {
   void probe(const std::string& owner);
   /// See `MprisBus::raise`. Any thread.
   void raise(const std::string& owner);
+  /// See `MprisBus::lookLater`. Any thread.
+  void lookLater(const std::string& owner);
 
  private:
   /// Owners of players to whom something is to be done on the thread.
@@ -47,6 +49,7 @@ class BusWatch {
   std::mutex mutex_;
   Owners toProbe_;
   Owners toRaise_;
+  Owners toLookAt_;
   std::thread thread_;
 };
 

@@ -85,6 +85,10 @@ void MprisBus::probe(const std::string& owner) {
   watch_->probe(owner);
 }
 
+void MprisBus::lookLater(const std::string& owner) {
+  watch_->lookLater(owner);
+}
+
 void MprisBus::raise(const std::string& owner) {
   watch_->raise(owner);
 }

@@ -72,6 +72,9 @@ class MprisBus {
   /// once.
   void raise(const std::string& owner);
 
+  /// Has the observer told to look at a player again a moment later. Returns at once.
+  void lookLater(const std::string& owner);
+
   /// Asks a silent player, on the watching thread and without a deadline, whether it is back; the
   /// answer goes to the observer. Returns at once.
   void probe(const std::string& owner);

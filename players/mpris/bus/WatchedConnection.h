@@ -32,6 +32,7 @@ class WatchedConnection {
   /// See `MprisBus`.
   void probe(const std::string& owner) { introductions_.probe(owner); }
   void raise(const std::string& owner);
+  void lookLater(const std::string& owner) { secondLooks_.lookLater(owner); }
 
  private:
   template <void (WatchedConnection::*Handle)(sd_bus_message*)>
