@@ -1,5 +1,7 @@
 #include "host/program/DisplayText.h"
 
+#include <QList>
+#include <QString>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -13,26 +15,16 @@ namespace Corvella {
 
 namespace {
 
-bool isControl(char c) {
-  const auto byte = static_cast<unsigned char>(c);
-  return byte < 0x20 || byte == 0x7f;
+bool mustNotBePrinted(char32_t character) {
+  const auto isAmong = [character](char32_t first, char32_t last) {
+    return character >= first && character <= last;
+  };
+  return character < 0x20 || isAmong(0x7f, 0x9f) || isAmong(0x202a, 0x202e) ||
+         isAmong(0x2066, 0x2069);
 }
 
-bool isSecondControl(char c) {
-  const auto byte = static_cast<unsigned char>(c);
-  return byte >= 0x80 && byte < 0xa0;
-}
-
-/// The text with blanks in the place of control characters. Printed, they would break the line, and
-/// those that start an escape sequence could change the settings of the terminal. Control
-/// characters of the second set are two bytes in UTF-8: 0xC2, and one from 0x80 to 0x9F.
-std::string withoutControls(std::string text) {
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    const bool second = i > 0 && text[i - 1] == '\xc2' && isSecondControl(text[i]);
-    if (second) text[i - 1] = ' ';
-    if (second || isControl(text[i])) text[i] = ' ';
-  }
-  return text;
+std::string blank(char32_t /*character*/) {
+  return " ";
 }
 
 /// The number with at most three decimals, without zeros at the end.
@@ -50,8 +42,8 @@ std::string sizeText(double width, double height) {
   return numberText(width) + " x " + numberText(height);
 }
 
-std::string line(std::string_view name, std::string value) {
-  return std::string(name) + ": " + withoutControls(std::move(value)) + "\n";
+std::string line(std::string_view name, const std::string& value) {
+  return std::string(name) + ": " + withoutControls(value, blank) + "\n";
 }
 
 /// The lines as a reader counts them: there is none after a break at the very end, and an empty
@@ -88,6 +80,15 @@ struct ContentText {
 
 }  // namespace
 
+std::string withoutControls(std::string_view text, std::string (*replace)(char32_t character)) {
+  QString printable;
+  for (const char32_t character : QString::fromUtf8(text.data(), std::ssize(text)).toUcs4()) {
+    printable += mustNotBePrinted(character) ? QString::fromStdString(replace(character))
+                                             : QString::fromUcs4(&character, 1);
+  }
+  return printable.toStdString();
+}
+
 std::string displayText(const WidgetDisplay& display) {
   constexpr std::array kOutlets{"songTitle",           "songArtistAndAlbum", "albumArtView",
                                 "songRatingIndicator", "playButton",         "soundVolume",
@@ -108,7 +109,7 @@ std::string lyricsText(const WidgetDisplay& display) {
   const auto* content = display.content<TextContent>("lyricsView");
   if (content == nullptr) return {};
   std::string text;
-  for (const auto line : linesOf(content->text)) text += withoutControls(std::string(line)) + '\n';
+  for (const auto line : linesOf(content->text)) text += withoutControls(line, blank) + '\n';
   return text;
 }
 

@@ -6,6 +6,7 @@
 #include <QString>
 #include <optional>
 
+#include "host/program/DisplayText.h"
 #include "platform/foundation/NSString.h"
 
 namespace Corvella {
@@ -20,8 +21,13 @@ QJsonValue secondsOrNull(const std::optional<std::string>& seconds) {
   return seconds ? QJsonValue(NSString::doubleValue(*seconds)) : QJsonValue();
 }
 
+std::string escaped(char32_t character) {
+  return QString("\\u%1").arg(character, 4, 16, QChar('0')).toStdString();
+}
+
 std::string lineOf(const QJsonObject& object) {
-  return QJsonDocument(object).toJson(QJsonDocument::Compact).toStdString() + "\n";
+  const auto json = QJsonDocument(object).toJson(QJsonDocument::Compact).toStdString();
+  return withoutControls(json, escaped) + "\n";
 }
 
 }  // namespace

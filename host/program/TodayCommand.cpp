@@ -36,13 +36,14 @@ constexpr auto kFirstIsSilent = "the corvella that is running does not answer";
 
 /// The file for a picture that the user has not asked for, and so not named: beside the program
 /// that was built in the user's own folder, and in the user's runtime folder when it is installed,
-/// where no other file belongs.
+/// where no other file belongs. Throws `std::runtime_error` when there is no such folder.
 std::string unnamedPicture() {
   const auto folder = QString::fromStdString(ProgramFolders::program());
   const bool isInstalled = !std::filesystem::is_symlink(ProgramFolders::resources());
   const auto chosen = !isInstalled && QFileInfo(folder).isWritable()
                           ? folder
                           : QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
+  if (chosen.isEmpty()) throw std::runtime_error("there is no folder for a picture of the view");
   return (chosen + "/corvella-snapshot.png").toStdString();
 }
 
@@ -51,8 +52,8 @@ int drawInsteadOfWindow(TodayView& view) {
   const CommandOutput output;
   openUnseen(view, false);
   output.print(displayText(view.display()));
-  const auto file = unnamedPicture();
   try {
+    const auto file = unnamedPicture();
     writePicture(view, file, 1);
     std::cerr << "corvella: drew " << file << " instead\n";
   } catch (const std::runtime_error& error) {

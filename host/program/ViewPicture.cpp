@@ -6,9 +6,13 @@
 #include <QImageWriter>
 #include <QString>
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <optional>
 #include <stdexcept>
+#include <system_error>
+
+#include <fcntl.h>
 
 #include "host/controls/LyricsView.h"
 
@@ -47,6 +51,20 @@ QImage drawnAt(TodayWindow& window, double scale) {
                       Qt::SmoothTransformation);
 }
 
+/// Opens a file as a shell does, but for a pipe: one that nobody reads is refused, where a shell
+/// would wait for a reader.
+int openForWriting(const std::string& path) {
+  constexpr int kReadableByAll = 0666;  // But for what the user's mask takes away.
+  const int descriptor =
+      ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NONBLOCK, kReadableByAll);
+  if (descriptor < 0) {
+    throw std::runtime_error("cannot write " + path + ": " +
+                             std::generic_category().message(errno));
+  }
+  ::fcntl(descriptor, F_SETFL, ::fcntl(descriptor, F_GETFL) & ~O_NONBLOCK);
+  return descriptor;
+}
+
 }  // namespace
 
 void openUnseen(TodayView& view, bool unfolded) {
@@ -61,8 +79,8 @@ void openUnseen(TodayView& view, bool unfolded) {
 
 void writePicture(TodayView& view, const std::string& path, double scale) {
   const auto image = drawnAt(view.window(), scale);
-  QFile file(QString::fromStdString(path));
-  if (!file.open(QIODevice::WriteOnly)) {
+  QFile file;
+  if (!file.open(openForWriting(path), QIODevice::WriteOnly, QFile::AutoCloseHandle)) {
     throw std::runtime_error("cannot write " + path + ": " + file.errorString().toStdString());
   }
   QImageWriter writer(&file, "png");

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include <gmock/gmock.h>
+#include <sys/stat.h>
 
 #include "host/controls/Theme.h"
 #include "host/program/SingleInstance.h"
@@ -116,7 +117,7 @@ TEST_F(AUser, SeesJsonPrintedAgainAtEachChange) {
   auto program = start({"--print", "--json", "--follow", "--lyrics"});
   ASSERT_TRUE(eventually([&] { return player.received("Get Position") > 0; }));
   const auto looks = player.received("Get Position");
-  player.show("Two", "Playing");
+  player.show("Two\u202e", "Playing");
   player.announce("Metadata");
   player.announce("Metadata");
   ASSERT_TRUE(eventually([&] { return player.received("Get Position") > looks; }));
@@ -127,7 +128,7 @@ TEST_F(AUser, SeesJsonPrintedAgainAtEachChange) {
            R"("player":"A \"Fake\"","position":0,"rating":0,"state":")" +
            state + R"(","title":")" + title + "\",\"volume\":100}\n";
   };
-  EXPECT_EQ(program.output(), line("paused", "One") + line("playing", "Two"));
+  EXPECT_EQ(program.output(), line("paused", "One") + line("playing", R"(Two\u202e)"));
 }
 
 TEST_F(AUser, SeesNothingButTheDisplayPrintedWhileThePlayerFails) {
@@ -149,6 +150,8 @@ TEST_F(AUser, IsToldByTheStatusAndInWordsWhatHappened) {
     std::string errors;
   };
   const auto file = (folder_.path() / "missing" / "view.png").string();
+  const auto pipe = (folder_.path() / "pipe").string();
+  ASSERT_EQ(::mkfifo(pipe.c_str(), S_IRUSR | S_IWUSR), 0);
   const std::string nothing = "^$";
   const std::string embedded = "albumArtView: 288 x 288\n.*Size: 320 x 285\n";
   const std::vector<Row> rows{
@@ -159,7 +162,8 @@ TEST_F(AUser, IsToldByTheStatusAndInWordsWhatHappened) {
       {{"--print", "--player", "Embedded"}, 0, embedded, nothing},
       {{"--print", "--player", "mpv"}, 1, "", "session bus"},
       {{"--shiny"}, 2, nothing, "shiny.*Usage:"},
-      {{"--snapshot", file, "--player", "embedded"}, 1, nothing, file + ".*No such file"}};
+      {{"--snapshot", file, "--player", "embedded"}, 1, nothing, file + ".*No such file"},
+      {{"--snapshot", pipe, "--player", "embedded"}, 1, nothing, pipe + ".*No such device"}};
   for (const auto& row : rows) {
     SCOPED_TRACE(testing::PrintToString(row.options));
     const auto outcome = run(row.options, kNoBus);

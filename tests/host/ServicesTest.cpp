@@ -177,8 +177,9 @@ TEST(PrintedLyrics, HaveTheirLinesAndNoControls) {
                               {"one", "one (1 line)", "one\n"},
                               {"a\nb\r\n", "a (2 lines)", "a\nb\n"},
                               {"\u2028\r", " (2 lines)", "\n\n"},
-                              {"\u0080\u009f\u00a0x", "    \u00a0x (1 line)", "    \u00a0x\n"},
-                              {"a\tb\x1b\nc\u0090", "a b  (2 lines)", "a b \nc  \n"}};
+                              {"\u0080\u009f\u00a0x", "  \u00a0x (1 line)", "  \u00a0x\n"},
+                              {"\u202ea\u2069\u200f", " a \u200f (1 line)", " a \u200f\n"},
+                              {"a\tb\x1b\nc\u0090", "a b  (2 lines)", "a b \nc \n"}};
   for (const auto& row : rows) {
     WidgetDisplay display;
     display.apply({{{"lyricsView", {}, {}, TextContent{row.text, {}, nullptr}}}, {}, {}});
