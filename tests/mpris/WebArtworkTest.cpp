@@ -143,6 +143,7 @@ TEST_F(ArtworkOnTheWeb, IsBoundedInBytesAndTime) {
 
 TEST_F(ArtworkOnTheWeb, TakesNoCookieAlongAndNoPasswordToTheProxy) {
   HttpServer server({redirect("/b"), sound_, sound_});
+  EXPECT_FALSE(readArtwork("http://user:secret@" + server.host()));
   EXPECT_EQ(textOf(readArtwork(server.url())), picture_);
   ::setenv("http_proxy", ("http://user:secret@" + server.host()).c_str(), 1);
   EXPECT_TRUE(readArtwork("http://example.test/c"));

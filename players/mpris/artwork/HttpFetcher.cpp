@@ -43,7 +43,7 @@ bool setLimits(const CurlLibrary& curl, CURL* handle, const HttpLimits& limits) 
          // Without this, a name server that does not answer holds the fetch up beyond its time.
          set(CURLOPT_QUICK_EXIT, 1L) &&
          set(CURLOPT_MAXFILESIZE_LARGE, static_cast<curl_off_t>(limits.bytes)) &&
-         set(CURLOPT_PROXYAUTH, CURLAUTH_NONE);
+         set(CURLOPT_DISALLOW_USERNAME_IN_URL, 1L) && set(CURLOPT_PROXYAUTH, CURLAUTH_NONE);
 }
 
 bool setRequest(const CurlLibrary& curl, CURL* handle, const std::string& url, Body& body) {

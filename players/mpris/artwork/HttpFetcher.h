@@ -16,13 +16,14 @@ struct HttpLimits {
 };
 
 /// Fetches files from the web. Keeps nothing from one fetch to the next, and sends no cookies and
-/// no password of a proxy. Immutable; any thread.
+/// no password, neither of a proxy nor of the address. Immutable; any thread.
 class HttpFetcher {
  public:
   explicit HttpFetcher(const HttpLimits& limits = {}) : limits_(limits) {}
 
   /// The body behind an `http:` or `https:` address; absent on every failure, such as an answer
-  /// other than success, a limit passed, or a redirect to another scheme. Blocks for
+  /// other than success, a limit passed, a redirect to another scheme, or an address with a user's
+  /// name. Blocks for
   /// `HttpLimits::time` at most.
   std::optional<std::vector<std::byte>> fetch(const std::string& url) const;
 
