@@ -24,7 +24,7 @@ constexpr std::chrono::milliseconds kGreeting{20};
 
 /// Where sd-bus looks for the session bus, too. Qt remembers where it was at the start.
 QString sessionBusAddress() {
-  const auto address = qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS");
+  auto address = qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS");
   if (!address.isEmpty()) return address;
   const auto folder = QUrl::toPercentEncoding(qEnvironmentVariable("XDG_RUNTIME_DIR"), "/");
   return "unix:path=" + QString::fromLatin1(folder) + "/bus";

@@ -55,10 +55,8 @@ class SingleInstance final : public QObject {
   void playerAsked(const QString& player);
   void quitAsked();
 
- private slots:
-  void awaitBus() { nextLook_.start(); }
-
  private:
+  Q_SLOT void awaitBus() { nextLook_.start(); }
   void lookForBus();
 
   QDBusConnection bus_;
