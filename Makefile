@@ -6,6 +6,7 @@
 
 JOBS ?= $(shell nproc)
 ARGS ?=
+SECONDS ?= 20
 PREFIX ?= /usr/local
 DESTDIR ?=
 CLANG_FORMAT ?= clang-format-14
@@ -13,7 +14,7 @@ CLANG_FORMAT ?= clang-format-14
 # Clang 14's thread sanitizer cannot start where the kernel spreads addresses as widely as newer ones do.
 FIXED_ADDRESSES = $(shell setarch --addr-no-randomize true 2>/dev/null && echo setarch --addr-no-randomize)
 
-.PHONY: newest-compiler build run test install uninstall deb check-deb benchmark sanitize asan-ubsan tsan
+.PHONY: newest-compiler build run test install uninstall deb check-deb benchmark sanitize asan-ubsan tsan fuzz
 .PHONY: check format check-format check-includes check-versions tidy clean help
 
 build: packages-build build/release/build.ninja ## build the program: build/release/bin/corvella
@@ -56,6 +57,10 @@ asan-ubsan: packages-test build/asan-ubsan/build.ninja
 tsan: packages-test packages-clang build/tsan/build.ninja
 	cmake --build --preset tsan --parallel $(JOBS)
 	$(FIXED_ADDRESSES) ctest --preset tsan
+
+fuzz: packages-build packages-run packages-clang build/fuzz/build.ninja ## run each fuzzer for SECONDS=20 on its seeds; a finding is a failure
+	cmake --build --preset fuzz --parallel $(JOBS)
+	tools/fuzz build/fuzz $(SECONDS)
 
 check: check-versions check-includes check-format tidy ## all checks that run no code
 

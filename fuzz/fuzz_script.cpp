@@ -35,7 +35,8 @@ ScriptingTargets everything() {
 /// The error number that running the text has to end with; 0 for success.
 int expectedNumber(const Parsed& parsed) {
   if (const auto* error = std::get_if<ScriptTextError>(&parsed)) {
-    return error->kind == ScriptTextError::Kind::Syntax ? -2741 : -1708;
+    if (error->kind == ScriptTextError::Kind::Syntax) return -2741;
+    return error->application == "iTunes" ? -1708 : -1743;
   }
   const auto& command = std::get<ScriptCommand>(parsed);
   if (command.application != "iTunes") return -1743;
