@@ -119,6 +119,11 @@ std::string usageErrorIn(const GivenOptions& given, double scale) {
   return {};
 }
 
+/// An error of one line, although it may repeat an argument that has several.
+UsageError usageError(const QString& message) {
+  return {message.simplified().toStdString()};
+}
+
 std::optional<Action> informationOf(const GivenOptions& given) {
   if (given.has(options::kHelp)) return Action::Help;
   if (given.has(options::kVersion)) return Action::Version;
@@ -141,12 +146,11 @@ std::variant<CommandLine, UsageError> parseCommandLine(const std::vector<std::st
   QCommandLineParser parser;
   parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsCompactedShortOptions);
   parser.addOptions(parserOptions());
-  if (!parser.parse(words)) return UsageError{parser.errorText().toStdString()};
+  if (!parser.parse(words)) return usageError(parser.errorText());
   const GivenOptions given(parser);
   if (const auto information = informationOf(given)) return CommandLine{.action = *information};
   if (!parser.positionalArguments().isEmpty()) {
-    const auto first = parser.positionalArguments().constFirst().toStdString();
-    return UsageError{"Unexpected argument '" + first + "'."};
+    return usageError("Unexpected argument '" + parser.positionalArguments().constFirst() + "'.");
   }
   const auto scale = scaleOf(given);
   if (auto message = usageErrorIn(given, scale); !message.empty()) {

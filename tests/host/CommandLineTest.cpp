@@ -54,6 +54,8 @@ TEST(AWrongCommandLine, IsRefusedWithTheWordThatIsWrong) {
       {{"--shiny"}, "shiny"},
       {{"-x"}, "x"},
       {{"song.mp3"}, "song.mp3"},
+      {{"a\nsong"}, "a song"},
+      {{"--a\nsong"}, "a song"},
       {{"--player"}, "player"},
       {{"--player="}, "player"},
       {{"--print=yes"}, "print"},
