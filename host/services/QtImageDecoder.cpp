@@ -93,9 +93,10 @@ bool isPng(std::string_view file) {
   return file.starts_with("\x89PNG\r\n\x1a\n");
 }
 
+/// The product of what a file gives as its width and height may be too large for any number.
 bool isTooLarge(long long width, long long height,
                 long long mostPixels = QtImageDecoder::kMostPixels) {
-  return width * height > mostPixels;
+  return height > 0 && width > mostPixels / height;
 }
 
 /// Whether a PNG file has no end. libpng has all pixels before it comes to the mark there, and so

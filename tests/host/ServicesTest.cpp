@@ -98,6 +98,8 @@ TEST(ABrokenPicture, IsNoneAndNothingIsPrinted) {
       {"half a BMP", bmp.left(bmp.size() / 2)},
       {"PNG without its last byte", png.chopped(1)},
       {"PNG with a wrong check sum", flipped},
+      {"PNG of more pixels than can be counted",
+       png.left(16) + QByteArray(8, '\xff') + png.mid(24)},
       {"PNG without its header", png.left(kSignature) + png.mid(kHeaderEnd)},
       {"PNG without its data", png.left(kHeaderEnd) + png.right(12)},
       {"PNG with too few rows", encoded({400, 301}, "PNG").left(kHeaderEnd) + png.mid(kHeaderEnd)},
