@@ -308,6 +308,11 @@ std::string bigEndian(std::size_t number, unsigned bits = 8) {
   return bytes;
 }
 
+std::string littleEndian(std::size_t number) {
+  const auto bytes = bigEndian(number);
+  return {bytes.rbegin(), bytes.rend()};
+}
+
 /// A frame of ID3v2.3.
 std::string frame(const std::string& name, const std::string& content,
                   const std::string& flags = "\0\0"s) {
@@ -343,8 +348,7 @@ std::string sound(const std::string& tag) {
 /// A WAV file with a chunk that calls itself a tag.
 std::string wave(const std::string& tag) {
   const auto chunk = [](const std::string& name, const std::string& content) {
-    const auto size = bigEndian(content.size());
-    return name + std::string(size.rbegin(), size.rend()) + content;
+    return name + littleEndian(content.size()) + content;
   };
   return chunk("RIFF", "WAVE" + chunk("fmt ", std::string(16, '\0')) + chunk("id3 ", tag));
 }
@@ -364,6 +368,61 @@ std::string repeated(int count, const std::string& text) {
   return all;
 }
 
+/// An APE tag of lyrics and of further items.
+std::string apeTag(const std::string& items, int count) {
+  const auto all = littleEndian(2) + std::string(4, '\0') + "Lyrics\0La"s + items;
+  return all + "APETAGEX" + littleEndian(2000) + littleEndian(all.size() + 32) +
+         littleEndian(static_cast<std::size_t>(count) + 1) + std::string(12, '\0');
+}
+
+/// An item of an APE tag that is a list, with NUL between its parts.
+std::string apeList(std::size_t separators) {
+  return littleEndian(separators) + littleEndian(0) + "ab\0"s + std::string(separators, '\0');
+}
+
+/// Comments of FLAC and Ogg: lyrics and further ones.
+std::string comments(int further) {
+  const auto field = [](const std::string& text) { return littleEndian(text.size()) + text; };
+  return field("") + littleEndian(static_cast<std::size_t>(further) + 1) + field("LYRICS=La") +
+         repeated(further, field("a=b"));
+}
+
+std::string flac(const std::string& comments) {
+  return "fLaC" + bigEndian(34) + std::string(34, '\0') + "\x84" +
+         bigEndian(comments.size()).substr(1) + comments + "\xFF\xF8";
+}
+
+/// An Ogg file of these packets, each of them on pages of its own that hold up to 510 bytes.
+std::string ogg(const std::vector<std::string>& packets) {
+  constexpr std::size_t kMost = 510;
+  std::string pages;
+  for (auto rest : packets) {
+    for (bool first = true, more = true; more; first = false) {
+      const auto part = rest.substr(0, kMost);
+      more = part.size() == kMost;
+      // Two whole segments go on in the next page, a shorter one ends the packet.
+      const auto segments = std::string(part.size() / 255, '\xFF') +
+                            (more ? ""s : std::string(1, static_cast<char>(part.size() % 255)));
+      pages += "OggS\0"s + (first ? '\0' : '\1') + std::string(20, '\0') +
+               static_cast<char>(segments.size()) + segments + part;
+      rest.erase(0, part.size());
+    }
+  }
+  return pages;
+}
+
+/// An MP4 file with lyrics, and with further values of the same entry.
+std::string mp4(int further) {
+  const auto box = [](const std::string& name, const std::string& content) {
+    return bigEndian(content.size() + 8) + name + content;
+  };
+  const auto value = [&](const std::string& text) {
+    return box("data", bigEndian(1) + bigEndian(0) + text);
+  };
+  const auto list = box("ilst", box("\xA9lyr", value("La") + repeated(further, value(""))));
+  return box("ftyp", "M4A \0\0\0\0"s) + box("moov", box("udta", box("meta", bigEndian(0) + list)));
+}
+
 // The size of the frame does not count the byte that spreads it.
 const std::string kSpreadFrame = "PRIV" + bigEndian(2) + "\0\0\xFF\0\xE0"s;
 const std::string kExtendedHeader = bigEndian(10) + std::string(6, '\0');
@@ -372,6 +431,8 @@ const std::string kCompressedLyrics = frame(
     "USLT", bigEndian(7) + "\x78\x9C\x63\x48\xCD\x4B\x67\xF0\x49\4\0\7\x20\1\xE8"s, "\0\x80"s);
 // TagLib takes the size of an extended header off the end of the frames, too.
 const std::string kPadding(20, '\0');
+const std::string kApeItem = littleEndian(0) + littleEndian(0) + "ab\0"s;
+const std::string kVorbis = "\1vorbis" + std::string(23, '\0');
 const std::string kLongest(kLongestLyrics, 'x');
 
 struct HostileRow {
@@ -396,8 +457,20 @@ TEST(AHostileTrack, SaysNoMoreThanIsSafeToRead) {
       {"ManyFrames", sound(tag(repeated(9'999, frame("PRIV", "a")) + lyrics())), "La"},
       {"TooManyFrames", sound(tag(repeated(10'000, frame("PRIV", "a")) + lyrics())), ""},
       {"PaddingThatLooksLikeFrames", sound(tag(lyrics() + kPadding + kCompressedLyrics)), "La"},
-      {"ALargeTag", sound(tag(lyrics() + std::string(15U << 20U, '\0'))), "La"},
-      {"ATooLargeTag", sound(tag(lyrics() + std::string(16U << 20U, '\0'))), ""},
+      {"ALargeTag", sound(tag(lyrics() + std::string(11U << 20U, '\0'))), "La"},
+      {"ATooLargeTag", sound(tag(lyrics() + std::string(12U << 20U, '\0'))), ""},
+      {"LongTexts", sound(tag(frame("TPE1", std::string(100'000, '\0')) + lyrics())), "La"},
+      {"TooLongTexts", sound(tag(frame("TPE1", std::string(140'000, '\0')) + lyrics())), ""},
+      {"ApeItems", sound("") + apeTag(repeated(9'999, kApeItem), 9'999), "La"},
+      {"TooManyApeItems", sound("") + apeTag(repeated(10'000, kApeItem), 10'000), ""},
+      {"ApeParts", sound("") + apeTag(apeList(10'000), 1), "La"},
+      {"TooManyApeParts", sound("") + apeTag(apeList(10'001), 1), ""},
+      {"FlacComments", flac(comments(9'999)), "La"},
+      {"TooManyFlacComments", flac(comments(10'000)), ""},
+      {"OggComments", ogg({kVorbis, "\3vorbis" + comments(5'000), "", ""}), "La"},
+      {"TooManyOggComments", ogg({kVorbis, "\3vorbis" + comments(12'000), "", ""}), ""},
+      {"Mp4Values", mp4(9'999), "La"},
+      {"TooManyMp4Values", mp4(10'000), ""},
       {"LongLyrics", sound(tag(lyrics(kLongest))), kLongest},
       {"TooLongLyrics", sound(tag(lyrics(kLongest + "x"))), ""}};
   for (const auto& [name, content, lyrics] : rows) {

@@ -156,6 +156,7 @@ std::vector<Picture> picturesIn(TagLib::File& file) {
 template <typename Result>
 Result readAudio(const RegularFile& file, Result nothing, Result (*read)(TagLib::File&)) {
   try {
+    if (!isHarmlessOgg(file)) return nothing;
     GuardedStream stream(file);
     const TagLib::FileRef reference(&stream, false);
     if (!reference.isNull()) return read(*reference.file());
