@@ -105,17 +105,22 @@ bool isCutPng(std::string_view file) {
   return isPng(file) && file.rfind("IEND\xae\x42\x60\x82") == std::string_view::npos;
 }
 
-/// Whether a PNG file has so many pixels that it must not be decoded as a whole, but has them in
-/// rows, so that Qt makes them fewer while it reads. PNG Specification, "IHDR Image header": width
-/// and height are bytes 16 to 23, and byte 28 is zero where pixels are in the order of rows.
-bool isPngForRows(std::string_view file) {
-  if (!isPng(file) || file.size() < 29 || file[28] != '\0') return false;
+/// Whether a PNG file says that it has more pixels than these. PNG Specification, "IHDR Image
+/// header": width and height are bytes 16 to 23.
+bool saysPngIsLarger(std::string_view file, long long pixels) {
+  if (!isPng(file) || file.size() < 29) return false;
   const auto number = [&](std::size_t at) {
     long long result = 0;
     for (const char c : file.substr(at, 4)) result = result << 8U | static_cast<unsigned char>(c);
     return result;
   };
-  return isTooLarge(number(16), number(20));
+  return isTooLarge(number(16), number(20), pixels);
+}
+
+/// Whether a PNG file has so many pixels that it must not be decoded as a whole, but has them in
+/// rows, so that Qt makes them fewer while it reads: byte 28 is zero then.
+bool isPngForRows(std::string_view file) {
+  return saysPngIsLarger(file, QtImageDecoder::kMostPixels) && file[28] == '\0';
 }
 
 /// A PNG picture; null where the file is broken. Qt reads PNG files with libpng, too, but lets it
@@ -139,6 +144,46 @@ QImage decodedPng(std::string_view file) {
   return isWhole ? image : QImage();
 }
 
+/// Qt's name for the format of a file; null where covers do not come in it.
+QByteArray formatOf(std::string_view file) {
+  constexpr std::size_t kLongestPrologue = 4096;
+  if (file.starts_with("\xff\xd8\xff")) return "jpeg";
+  if (isPng(file)) return "png";
+  if (file.starts_with("GIF8")) return "gif";
+  if (file.starts_with("BM")) return "bmp";
+  if (file.starts_with("RIFF") && file.find("WEBP") == 8) return "webp";
+  const auto isDrawing = file.substr(0, kLongestPrologue).find("<svg") != std::string_view::npos;
+  return isDrawing ? "svg" : QByteArray();
+}
+
+int countOf(std::string_view part, std::string_view text) {
+  int count = 0;
+  for (auto at = text.find(part); at != std::string_view::npos; at = text.find(part, at + 1)) {
+    ++count;
+  }
+  return count;
+}
+
+/// Whether a drawing refers to nothing but to its own parts. Qt opens any file that a drawing
+/// names, and a picture inside of it may be a drawing, too. An entity may hide a reference, and so
+/// may an encoding with bytes of NUL.
+bool isSelfContained(std::string_view drawing) {
+  const auto references = countOf("href", drawing);
+  const auto own = countOf("href=\"#", drawing) + countOf("href='#", drawing);
+  return references == own && countOf("<!ENTITY", drawing) == 0 &&
+         drawing.find('\0') == std::string_view::npos;
+}
+
+/// Whether a drawing has so many parts that to draw it takes too long. Parts that use others, which
+/// use others, multiply; so each use doubles what the drawing is taken for.
+bool isTooMuchToDraw(std::string_view drawing) {
+  constexpr std::size_t kLargestDrawing = std::size_t{32} << 10U;
+  constexpr std::size_t kLargestWithUses = 4 * kLargestDrawing;
+  const auto uses = countOf("<use", drawing) + countOf(":use", drawing);
+  return drawing.size() > kLargestDrawing || uses > 10 ||
+         drawing.size() << static_cast<unsigned>(uses) > kLargestWithUses;
+}
+
 NSDecodedImage decodedImageOf(const QImage& image) {
   const auto size = withinBitmapLimits(image.size());
   return {.width = image.width(),
@@ -153,7 +198,13 @@ std::optional<NSDecodedImage> QtImageDecoder::decode(std::span<const std::byte> 
   // Qt takes bytes as characters.
   const auto* const chars = reinterpret_cast<const char*>(bytes.data());
   const std::string_view file(chars, bytes.size());
+  const auto format = formatOf(file);
+  const bool isDrawing = format == "svg";
+  if (format.isEmpty()) return std::nullopt;
+  if (isDrawing && (!isSelfContained(file) || isTooMuchToDraw(file))) return std::nullopt;
   if (isCutJpeg(file) || isCutBmp(file) || isCutPng(file)) return std::nullopt;
+  // Before Qt's libpng could complain of such a file on standard error.
+  if (saysPngIsLarger(file, kMostPixelsInRows)) return std::nullopt;
   const bool isLargePng = isPngForRows(file);
   if (isPng(file) && !isLargePng) {
     const auto image = decodedPng(file);
@@ -163,20 +214,21 @@ std::optional<NSDecodedImage> QtImageDecoder::decode(std::span<const std::byte> 
   QByteArray data = QByteArray::fromRawData(chars, static_cast<qsizetype>(bytes.size()));
   QBuffer buffer(&data);
 
-  // To find out the format by itself, Qt would load all of its plugins.
-  const bool isJpeg = file.starts_with("\xff\xd8\xff");
-  const auto work = isJpeg ? workOfJpeg(file) : JpegWork{.inRows = false};
+  const auto work = format == "jpeg" ? workOfJpeg(file) : JpegWork{.scans = 1, .inRows = false};
   if (work.scans > kMostScans) return std::nullopt;
-  const QByteArray format = isJpeg ? "jpeg" : isLargePng ? "png" : "";
   QImageReader reader(&buffer, format);
-  reader.setAutoDetectImageFormat(format.isEmpty());
-  reader.setDecideFormatFromContent(format.isEmpty());
+  // To find out the format by itself, Qt would load all of its plugins.
+  reader.setAutoDetectImageFormat(false);
   reader.setAutoTransform(true);
   const QSize stored = reader.size();
   const auto most = work.inRows || isLargePng ? kMostPixelsInRows : kMostPixels;
-  const bool isDrawing = reader.format().startsWith("svg");  // Drawn at whatever size is wanted.
   if (stored.isEmpty()) return std::nullopt;
+  // A drawing is drawn at whatever size is wanted.
   if (!isDrawing && isTooLarge(stored.width(), stored.height(), most)) return std::nullopt;
+  if (!isDrawing &&
+      isTooLarge(stored.width(), std::int64_t{stored.height()} * work.scans, kMostPixelsInScans)) {
+    return std::nullopt;
+  }
 
   reader.setScaledSize(withinBitmapLimits(stored));
   const QImage image = reader.read().convertToFormat(QImage::Format_ARGB32_Premultiplied);

@@ -6,6 +6,7 @@
 #include <QSize>
 #include <QString>
 #include <QStringList>
+#include <QTemporaryDir>
 #include <span>
 #include <string>
 #include <utility>
@@ -88,11 +89,28 @@ TEST(ABrokenPicture, IsNoneAndNothingIsPrinted) {
   ASSERT_TRUE(writer.write(QImage({400, 300}, QImage::Format_RGB32)));
   const auto manyScans = progressive.data();
   const auto lastScan = manyScans.mid(manyScans.lastIndexOf("\xff\xda")).chopped(2);
+  // The same scans, said to be of 25,000,000 pixels.
+  auto enlarged = manyScans;
+  const auto frame = enlarged.indexOf("\xff\xc2");
+  ASSERT_GT(frame, 0);
+  enlarged.replace(frame + 5, 4, "\x13\x88\x13\x88");
+  // A file that could be opened, and drawn.
+  const QTemporaryDir folder;
+  const auto other = folder.filePath("other.png");
+  ASSERT_TRUE(QImage({4, 4}, QImage::Format_RGB32).save(other));
+  const auto drawing = [](const QString& content, const QString& before = {}) {
+    return (before + "<svg xmlns='http://www.w3.org/2000/svg' " +
+            "xmlns:xlink='http://www.w3.org/1999/xlink' width='9' height='9'>" +
+            "<rect id='a' width='4' height='4'/>" + content + "</svg>")
+        .toUtf8();
+  };
+  EXPECT_TRUE(decoded(drawing("<use xlink:href='#a'/>")).has_value());
   constexpr QSize kHuge(5'478, 5'478);          // 30,008,484 pixels
   constexpr QSize kHugeInRows(14'143, 14'143);  // 200,024,449 pixels
   const std::vector<std::pair<const char*, QByteArray>> rows{
       {"empty", {}},
       {"text", "<html>not found</html>"},
+      {"start of a WebP", "RIFF"},
       {"half a PNG", png.left(png.size() / 2)},
       {"half a JPEG", jpeg.left(jpeg.size() / 2)},
       {"half a BMP", bmp.left(bmp.size() / 2)},
@@ -104,6 +122,15 @@ TEST(ABrokenPicture, IsNoneAndNothingIsPrinted) {
       {"PNG without its data", png.left(kHeaderEnd) + png.right(12)},
       {"PNG with too few rows", encoded({400, 301}, "PNG").left(kHeaderEnd) + png.mid(kHeaderEnd)},
       {"JPEG of many scans", manyScans.chopped(2) + lastScan.repeated(100) + manyScans.right(2)},
+      {"large JPEG of some scans",
+       enlarged.chopped(2) + lastScan.repeated(15) + manyScans.right(2)},
+      {"another format", encoded({4, 4}, "PPM")},
+      {"SVG with another picture", drawing("<image xlink:href='" + other + "'/>")},
+      {"SVG with a reference in disguise", drawing("<image xlink:href = '" + other + "'/>")},
+      {"SVG with entities",
+       drawing("&a;", "<!DOCTYPE svg [<!ENTITY a \"<rect width='4' height='4'/>\">]>")},
+      {"SVG of many uses", drawing(QString("<use xlink:href='#a'/>").repeated(21))},
+      {"SVG of many parts", drawing(QString("<path/>").repeated(10'000))},
       {"huge PNG", encoded(kHugeInRows, "PNG", QImage::Format_Mono)},
       {"huge BMP", encoded(kHuge, "BMP", QImage::Format_Mono)}};
   for (const auto& [name, file] : rows) {
