@@ -6,6 +6,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -53,6 +54,8 @@ void checkPlaces(LyricsLayout& layout) {
 void checkLayout(std::string_view text, double width) {
   const LyricsLines lines(text);
   checkLines(lines);
+  // Qt may break a text in other places the first time that it needs a font for its characters.
+  QtTextMeasurer().measure(text, nullptr, width);
   const auto size = QtTextMeasurer().measure(text, nullptr, width);
   check(std::isfinite(size.width) && std::isfinite(size.height) && size.height > 0,
         "a text has a size");
