@@ -6,7 +6,7 @@
 
 JOBS ?= $(shell nproc)
 ARGS ?=
-SECONDS ?= 20
+SEED ?=
 PREFIX ?= /usr/local
 DESTDIR ?=
 CLANG_FORMAT ?= clang-format-14
@@ -14,7 +14,8 @@ CLANG_FORMAT ?= clang-format-14
 # Clang 14's thread sanitizer cannot start where the kernel spreads addresses as widely as newer ones do.
 FIXED_ADDRESSES = $(shell setarch --addr-no-randomize true 2>/dev/null && echo setarch --addr-no-randomize)
 
-.PHONY: newest-compiler build run test install uninstall deb check-deb benchmark sanitize asan-ubsan tsan fuzz
+.PHONY: newest-compiler build run test install uninstall deb check-deb benchmark
+.PHONY: sanitize asan-ubsan tsan fuzz fire fire-sanitized
 .PHONY: check format check-format check-includes check-versions tidy clean help
 
 build: packages-build build/release/build.ninja ## build the program: build/release/bin/corvella
@@ -60,7 +61,16 @@ tsan: packages-test packages-clang build/tsan/build.ninja
 
 fuzz: packages-build packages-run packages-clang build/fuzz/build.ninja ## run each fuzzer for SECONDS=20 on its seeds; a finding is a failure
 	cmake --build --preset fuzz --parallel $(JOBS)
-	tools/fuzz build/fuzz $(SECONDS)
+	tools/fuzz build/fuzz $(or $(SECONDS),20)
+
+fire: packages-test build/test/build.ninja ## torment the program beside hostile players, for SECONDS=60 and by SEED, chosen by chance
+	cmake --build --preset test --parallel $(JOBS) --target fire
+	build/test/bin/fire $(or $(SECONDS),60) $(SEED) --bus-ends
+
+fire-sanitized: packages-test build/asan-ubsan/build.ninja ## the same under the address and undefined-behaviour sanitizers
+	cmake --build --preset asan-ubsan --parallel $(JOBS) --target fire
+	ASAN_OPTIONS=detect_stack_use_after_return=1 UBSAN_OPTIONS=print_stacktrace=1 \
+		build/asan-ubsan/bin/fire $(or $(SECONDS),60) $(SEED)
 
 check: check-versions check-includes check-format tidy ## all checks that run no code
 
