@@ -64,11 +64,13 @@ void BusWatch::run() {
 void BusWatch::follow() {
   WatchedConnection connection(observer_, deadlines_);
   while (!stopping_) {
-    connection.work();
+    // One message at a time: probes and the end of this object must not wait until a flood of
+    // signals, or of large messages, is over.
+    const bool mayHaveMore = connection.work();
     for (const auto& owner : take(toProbe_)) connection.probe(owner);
     for (const auto& owner : take(toRaise_)) connection.raise(owner);
     for (const auto& owner : take(toLookAt_)) connection.lookLater(owner);
-    connection.await(wakeUp_);
+    if (!mayHaveMore) connection.await(wakeUp_);
   }
 }
 

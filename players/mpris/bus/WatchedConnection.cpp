@@ -36,15 +36,12 @@ int pollTimeout(sd_bus* bus, std::optional<std::chrono::steady_clock::time_point
 WatchedConnection::WatchedConnection(MprisObserver& observer, const MprisDeadlines& deadlines)
     : observer_(observer), deadlines_(deadlines) {}
 
-void WatchedConnection::work() {
+bool WatchedConnection::work() {
   auto* const bus = connection_.get();
-  // Probes and the end of the watch must not wait until a flood of signals is over.
-  constexpr int kMostMessages = 100;
-  for (int i = 0; i < kMostMessages; ++i) {
-    if (checkBus(sd_bus_process(bus, nullptr), "sd_bus_process") == 0) break;
-  }
+  const bool hasWorked = checkBus(sd_bus_process(bus, nullptr), "sd_bus_process") > 0;
   if (!hasBegun_ && checkBus(sd_bus_is_ready(bus), "sd_bus_is_ready") > 0) begin();
   lookAgain();
+  return hasWorked;
 }
 
 /// Not before the bus has greeted: the deadlines of the first calls count from now on.

@@ -24,8 +24,9 @@ class WatchedConnection {
   WatchedConnection(const WatchedConnection&) = delete;
   WatchedConnection& operator=(const WatchedConnection&) = delete;
 
-  /// Deals with what has come from the bus, and with what is due.
-  void work();
+  /// Deals with one message that has come from the bus, and with what is due. False when there was
+  /// no message.
+  bool work();
   /// Sleeps until there is more work or `wakeUp` is signalled.
   void await(const WakeUp& wakeUp);
 
