@@ -70,7 +70,7 @@ fire: packages-test build/test/build.ninja ## torment the program beside hostile
 fire-sanitized: packages-test build/asan-ubsan/build.ninja ## the same under the address and undefined-behaviour sanitizers
 	cmake --build --preset asan-ubsan --parallel $(JOBS) --target fire
 	ASAN_OPTIONS=detect_stack_use_after_return=1 UBSAN_OPTIONS=print_stacktrace=1 \
-		build/asan-ubsan/bin/fire $(or $(SECONDS),60) $(SEED)
+		build/asan-ubsan/bin/fire $(or $(SECONDS),60) $(SEED) --bus-ends
 
 check: check-versions check-includes check-format tidy ## all checks that run no code
 

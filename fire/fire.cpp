@@ -50,7 +50,7 @@ constexpr auto kUntilAgreed = 2s * kSlowness;
 constexpr auto kUntilAgreedOnNewBus = 5s * kSlowness;
 constexpr auto kUntilEnded = 1s * kSlowness;
 constexpr auto kUntilAnswered = 5s * kSlowness;
-constexpr auto kUntilFiguresAreBack = 20s;
+constexpr auto kUntilFiguresAreBack = 20s * kSlowness;
 /// What the program may have more than at its start under fire, and after it.
 constexpr Figures kUnderFire{.threads = 48, .descriptors = 64, .megabytes = 768};
 constexpr Figures kAfterwards{.threads = 4, .descriptors = 8, .megabytes = 32};
