@@ -3,8 +3,6 @@
 // seed, the folder with hostile files, and the address of the web server. It answers each message
 // when it has done what that says, and ends with the channel.
 
-#include "fire/Crowd.h"
-
 #include <chrono>
 #include <cstdio>
 #include <exception>
@@ -13,6 +11,7 @@
 #include <poll.h>
 
 #include "fire/Channel.h"
+#include "fire/Crowd.h"
 
 namespace {
 
