@@ -166,11 +166,14 @@ int countOf(std::string_view part, std::string_view text) {
 
 /// Whether a drawing refers to nothing but to its own parts. Qt opens any file that a drawing
 /// names, and a picture inside of it may be a drawing, too. An entity may hide a reference, and so
-/// may an encoding with bytes of NUL.
+/// may an encoding other than UTF-8.
 bool isSelfContained(std::string_view drawing) {
   const auto references = countOf("href", drawing);
   const auto own = countOf("href=\"#", drawing) + countOf("href='#", drawing);
-  return references == own && countOf("<!ENTITY", drawing) == 0 &&
+  const auto encodings = countOf("encoding", drawing);
+  const auto plain = countOf("encoding=\"UTF-8\"", drawing) + countOf("encoding='UTF-8'", drawing) +
+                     countOf("encoding=\"utf-8\"", drawing) + countOf("encoding='utf-8'", drawing);
+  return references == own && encodings == plain && countOf("<!ENTITY", drawing) == 0 &&
          drawing.find('\0') == std::string_view::npos;
 }
 

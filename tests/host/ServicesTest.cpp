@@ -104,7 +104,8 @@ TEST(ABrokenPicture, IsNoneAndNothingIsPrinted) {
             "<rect id='a' width='4' height='4'/>" + content + "</svg>")
         .toUtf8();
   };
-  EXPECT_TRUE(decoded(drawing("<use xlink:href='#a'/>")).has_value());
+  const QString prologue = "<?xml version='1.0' encoding='UTF-8'?>";
+  EXPECT_TRUE(decoded(drawing("<use xlink:href='#a'/>", prologue)).has_value());
   constexpr QSize kHuge(5'478, 5'478);          // 30,008,484 pixels
   constexpr QSize kHugeInRows(14'143, 14'143);  // 200,024,449 pixels
   const std::vector<std::pair<const char*, QByteArray>> rows{
@@ -127,6 +128,8 @@ TEST(ABrokenPicture, IsNoneAndNothingIsPrinted) {
       {"another format", encoded({4, 4}, "PPM")},
       {"SVG with another picture", drawing("<image xlink:href='" + other + "'/>")},
       {"SVG with a reference in disguise", drawing("<image xlink:href = '" + other + "'/>")},
+      {"SVG in a disguising encoding", drawing("<image xlink:+AGgAcgBlAGY-='" + other + "'/>",
+                                               "<?xml version='1.0' encoding='UTF-7'?>")},
       {"SVG with entities",
        drawing("&a;", "<!DOCTYPE svg [<!ENTITY a \"<rect width='4' height='4'/>\">]>")},
       {"SVG of many uses", drawing(QString("<use xlink:href='#a'/>").repeated(21))},
