@@ -387,9 +387,12 @@ std::string comments(int further) {
          repeated(further, field("a=b"));
 }
 
+std::string flacBlock(char type, const std::string& content) {
+  return type + bigEndian(content.size()).substr(1) + content;
+}
+
 std::string flac(const std::string& comments) {
-  return "fLaC" + bigEndian(34) + std::string(34, '\0') + "\x84" +
-         bigEndian(comments.size()).substr(1) + comments + "\xFF\xF8";
+  return "fLaC" + flacBlock('\0', std::string(34, '\0')) + flacBlock('\x84', comments) + "\xFF\xF8";
 }
 
 /// An Ogg file of these packets, each of them on pages of its own that hold up to 510 bytes.
@@ -432,6 +435,10 @@ const std::string kCompressedLyrics = frame(
 // TagLib takes the size of an extended header off the end of the frames, too.
 const std::string kPadding(20, '\0');
 const std::string kApeItem = littleEndian(0) + littleEndian(0) + "ab\0"s;
+const std::string kOggFlac =
+    "\x7F"
+    "FLAC\1\0\0\3fLaC"s +
+    flacBlock('\0', std::string(34, '\0'));
 const std::string kVorbis = "\1vorbis" + std::string(23, '\0');
 const std::string kLongest(kLongestLyrics, 'x');
 
@@ -443,6 +450,10 @@ struct HostileRow {
 
 TEST(AHostileTrack, SaysNoMoreThanIsSafeToRead) {
   const TemporaryFolder folder;
+  const auto lastBlock = flacBlock('\x84', comments(1));
+  std::vector<std::string> manyBlocks(12, flacBlock('\2', "test"));
+  manyBlocks.insert(manyBlocks.begin(), kOggFlac);
+  manyBlocks.push_back(lastBlock);
   const std::vector<HostileRow> rows{
       {"DeepBoxes", nestedBoxes(200'000), ""},
       {"DeepChapters", sound(tag(nestedChapters(100'000) + lyrics())), "La"},
@@ -469,6 +480,9 @@ TEST(AHostileTrack, SaysNoMoreThanIsSafeToRead) {
       {"TooManyFlacComments", flac(comments(10'000)), ""},
       {"OggComments", ogg({kVorbis, "\3vorbis" + comments(5'000), "", ""}), "La"},
       {"TooManyOggComments", ogg({kVorbis, "\3vorbis" + comments(12'000), "", ""}), ""},
+      {"OggFlacPadding", ogg({kOggFlac, flacBlock('\1', std::string(65'536, '\0')), lastBlock}),
+       "La"},
+      {"OggFlacOfManyBlocks", ogg(manyBlocks), ""},
       {"Mp4Values", mp4(9'999), "La"},
       {"TooManyMp4Values", mp4(10'000), ""},
       {"LongLyrics", sound(tag(lyrics(kLongest))), kLongest},

@@ -98,7 +98,8 @@ bool hasTooManyEntries(const ByteVector& block, const ByteVector& header) {
   if (header.startsWith("APETAGEX")) return hasTooManyApeItems(block);
   if (header.size() == 4 && (header[0] & 0x7F) == kFlacComment) return hasTooManyXiphFields(block);
   if (block.startsWith("INFO")) return hasTooManyInfoChunks(block);
-  return block.containsAt("data", 4) && hasTooManyMp4Values(block);
+  const bool isMp4Entry = block.containsAt("data", 4) || block.containsAt("mean", 4);
+  return isMp4Entry && hasTooManyMp4Values(block);
 }
 
 /// Gathers the packets of an Ogg file, which lie scattered over its pages.
@@ -117,6 +118,10 @@ bool isHarmlessOgg(const RegularFile& file) {
   GuardedStream stream(file);
   if (stream.readBlock(4) != "OggS") return true;
   OggPackets packets(&stream);
+  // FLAC has as many headers as it likes, the last of which has a mark.
+  const bool isFlac = packets.packet(0).startsWith(
+      "\x7F"
+      "FLAC");
   for (unsigned index = 1; index < kMostHeaders; ++index) {
     const auto packet = packets.packet(index);
     if (packet.isEmpty()) return index > 1;  // A short piece of music has few packets.
@@ -124,8 +129,9 @@ bool isHarmlessOgg(const RegularFile& file) {
     for (const unsigned mark : {0U, 4U, 7U, 8U}) {
       if (hasTooManyXiphFields(packet, mark)) return false;
     }
+    if (isFlac && (packet[0] & 0x80) != 0) return true;
   }
-  return true;
+  return !isFlac;
 }
 
 GuardedStream::GuardedStream(const RegularFile& file)

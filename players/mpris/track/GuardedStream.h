@@ -14,9 +14,8 @@ namespace Corvella {
 /// - It follows the nested boxes of MP4 and the nested chapters of ID3v2 by recursion, however deep
 ///   they are. Some 200,000 boxes or 20,000 chapters overflow a stack of 8 MB.
 /// - It unpacks a compressed frame of ID3v2 whatever its size: a tag of 65 KB takes 300 MB.
-/// - It needs up to half a kilobyte for the smallest entry of a tag of any kind, or for the
-/// smallest
-///   part of an entry: a tag of 15 MB takes 5 GB.
+/// - It needs up to half a kilobyte for the smallest entry of a tag of any kind, or for a part of
+///   an entry: a tag of 15 MB takes 5 GB.
 ///
 /// A file or a tag that goes beyond a bound seems to end. Used by one thread.
 class GuardedStream : public TagLib::FileStream {

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
+#include <limits>
 
 namespace Corvella {
 
@@ -14,12 +15,13 @@ using TagLib::ByteVector;
 constexpr bool kLowestFirst = false;  // How TagLib reads a number: not from its highest byte on.
 
 /// Steps through entries with a header of `headerSize` bytes each, of which `sizeOf(header's
-/// place)` tells how long the rest of the entry is.
+/// place)` tells how long the rest of the entry is. There are `count` of them at most.
 template <typename SizeOf>
 bool hasTooManyEntries(const ByteVector& content, std::uint64_t start, unsigned headerSize,
-                       SizeOf sizeOf) {
-  int entries = 0;
-  for (auto at = start; at + headerSize <= content.size();) {
+                       SizeOf sizeOf,
+                       std::uint64_t count = std::numeric_limits<std::uint64_t>::max()) {
+  std::uint64_t entries = 0;
+  for (auto at = start; entries < count && at + headerSize <= content.size();) {
     if (++entries > kMostEntries) return true;
     at += headerSize + sizeOf(static_cast<unsigned>(at));
   }
@@ -48,11 +50,12 @@ bool hasTooManyApeItems(const ByteVector& content) {
 bool hasTooManyXiphFields(const ByteVector& content, unsigned start) {
   constexpr unsigned kLength = 4;
   if (content.size() < start + kLength) return false;
-  // The name of the program that wrote them, and the number of the fields.
-  const std::uint64_t first =
-      std::uint64_t{start} + kLength + content.toUInt(start, kLowestFirst) + kLength;
-  return hasTooManyEntries(content, first, kLength,
-                           [&](unsigned at) { return content.toUInt(at, kLowestFirst); });
+  // The name of the program that wrote them, and then the number of the fields.
+  const std::uint64_t number = std::uint64_t{start} + kLength + content.toUInt(start, kLowestFirst);
+  if (number + kLength > content.size()) return false;
+  const auto sizeOf = [&](unsigned at) { return content.toUInt(at, kLowestFirst); };
+  return hasTooManyEntries(content, number + kLength, kLength, sizeOf,
+                           sizeOf(static_cast<unsigned>(number)));
 }
 
 bool hasTooManyMp4Values(const ByteVector& content) {
