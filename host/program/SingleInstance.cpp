@@ -49,6 +49,10 @@ SingleInstance::Role SingleInstance::claimName() {
   bus_.registerObject(kPath, this, QDBusConnection::ExportScriptableInvokables);
   const auto reply =
       bus_.interface()->registerService(kName, QDBusConnectionInterface::DontQueueService);
+  if (!reply.isValid()) {
+    awaitBus();
+    return Role::Alone;
+  }
   return reply == QDBusConnectionInterface::ServiceRegistered ? Role::First : Role::Later;
 }
 
@@ -60,7 +64,8 @@ void SingleInstance::lookForBus() {
   const QString name = "corvella";
   QDBusConnection::disconnectFromBus(name);
   bus_ = QDBusConnection::connectToBus(sessionBusAddress(), name);
-  claimName();
+  // Another instance may have been started meanwhile. Of two the users could tell only one to end.
+  if (claimName() == Role::Later) emit quitAsked();
 }
 
 bool SingleInstance::isThereAFirst() const {

@@ -28,7 +28,8 @@ class SingleInstance final : public QObject {
   explicit SingleInstance(QDBusConnection bus = QDBusConnection::sessionBus());
 
   /// Takes the name if it is free; calls are answered from then on, once an event loop runs. Where
-  /// the bus is missing or ends, the name is taken as soon as there is a bus again.
+  /// the bus is missing or ends, the name is taken as soon as there is a bus again; if another
+  /// instance has it by then, `quitAsked` is emitted.
   Role claimName();
 
   /// Whether another instance has the name. Takes nothing.
