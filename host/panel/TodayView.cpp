@@ -45,8 +45,10 @@ void TodayView::adopt(std::unique_ptr<Run> run, const std::string& player) {
   connect(&bridge, &WidgetBridge::failed, this, &TodayView::failed);
 }
 
-void TodayView::showPlayer(const std::string& player) {
+void TodayView::showPlayer(const std::string& player) try {
   replaceRun(startRun(player), player);
+} catch (const std::runtime_error& error) {
+  emit failed(error.what());
 }
 
 void TodayView::replaceRun(std::unique_ptr<Run> run, const std::string& player) {

@@ -33,9 +33,9 @@ class WidgetSession {
   virtual void raisePlayer() = 0;
 };
 
-/// Starts the widget on the player that `--player` names. `host`,
-/// which is told what the widget does, and `listener`, which is told the news of the player,
-/// outlive the session. Throws `std::runtime_error` with the reason when there can be none.
+/// Starts the widget on the player that `--player` names. `host`, which is told what the widget
+/// does, and `listener`, which is told the news of the player, outlive the session. Throws
+/// `std::runtime_error` with the reason when there can be none.
 using StartWidget = std::function<std::unique_ptr<WidgetSession>(
     const std::string& player, WidgetHost& host, PlayerNewsListener& listener)>;
 

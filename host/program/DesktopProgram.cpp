@@ -59,7 +59,7 @@ DesktopProgram::DesktopProgram(TodayView& view, SingleInstance& instance,
 int DesktopProgram::run(bool hidden) {
   hidden ? lookForTray_.start(kUntilWindowStands) : view_.open();
   const auto status = QApplication::exec();
-  TerminationSignals::limitEnd();
+  if (!failure_) TerminationSignals::limitEnd();
   view_.hide();  // The view's end may wait for a script, and the window would stay until then.
   if (failure_) throw std::runtime_error(*failure_);
   return status;

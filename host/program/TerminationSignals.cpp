@@ -57,7 +57,7 @@ void TerminationSignals::listen() {
   });
 }
 
-/// Called by the handler of a signal, too, so it uses nothing that such a one may not use.
+/// Called by the handler of a signal, too, which may use these two: they are plain system calls.
 void TerminationSignals::limitEnd() {
   constexpr itimerval kEnd{.it_interval = {},
                            .it_value = {.tv_sec = 0, .tv_usec = kLongestEnd.count() * 1000}};

@@ -36,6 +36,7 @@ struct KnownPlayer {
   std::optional<int> volume;
   std::optional<std::string> track;
   std::optional<std::chrono::microseconds> position;
+  int mistypedAnswers = 0;   ///< Since it had news last.
   bool standsStill = false;  ///< It has not moved between its last two answers, which is known.
 
   /// Whether one of its names is `name` as `shortName` gives it, or is that of a copy, which adds

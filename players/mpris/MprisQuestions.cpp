@@ -19,10 +19,12 @@ PlayerAbilities abilitiesIn(const PropertyMap& properties) {
 
 /// Whether a player that is not ready yet, or is broken, answers with other types than it should.
 bool isMistyped(const PropertyMap& properties) {
-  const auto* const status = properties.find("PlaybackStatus");
-  const auto* const metadata = properties.find("Metadata");
-  return (status != nullptr && !std::holds_alternative<std::string>(status->content)) ||
-         (metadata != nullptr && !std::holds_alternative<PropertyMap>(metadata->content));
+  const auto isOf = [&](const char* name, auto type) {
+    const auto* const value = properties.find(name);
+    return value == nullptr || std::holds_alternative<std::monostate>(value->content) ||
+           std::holds_alternative<decltype(type)>(value->content);
+  };
+  return !isOf("PlaybackStatus", std::string()) || !isOf("Metadata", PropertyMap());
 }
 
 bool describesATrack(const TrackMetadata& metadata) {
@@ -83,7 +85,9 @@ PlayerAnswer<PropertyMap> MprisPlayer::getOneByOne(const Player& player) {
 /// answer as it should, so one that does not is looked at again.
 PlayerAnswer<PlayerState> MprisPlayer::stateIn(const Player& player,
                                                const PropertyMap& properties) {
-  if (isMistyped(properties)) bus_.lookLater(player.owner);
+  if (isMistyped(properties) && roster_.mayAnswerBetter(player.owner)) {
+    bus_.lookLater(player.owner);
+  }
   auto state = stateOf(properties.find("PlaybackStatus"));
   auto metadata = readTrackMetadata(properties.find("Metadata"));
   if (!describesATrack(metadata)) {

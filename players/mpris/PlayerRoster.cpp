@@ -82,7 +82,8 @@ PlayerDescription PlayerRoster::currentDescription() const {
   if (const auto* const current = findCurrent()) return current->second.describe();
   PlayerDescription nobody;
   nobody.identity = bus_ == Bus::Answering ? pinnedName_ : "The session bus";
-  nobody.silent = bus_ == Bus::Silent;
+  // Before somebody has waited for it in vain, the bus has not had the time to answer.
+  nobody.silent = bus_ == Bus::Silent && hasChosen_;
   nobody.known = hasChosen_;
   return nobody;
 }

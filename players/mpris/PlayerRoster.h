@@ -85,6 +85,9 @@ class PlayerRoster final : public MprisObserver {
   /// believed to play and has come no further since its last answer: it may have paused without a
   /// word, or be waiting for a stream.
   bool standsStill(const std::string& owner, std::chrono::microseconds position);
+  /// Notes that a player has answered with wrong types. Whether it may come to answer better: true
+  /// for the first few answers, until it has news again.
+  bool mayAnswerBetter(const std::string& owner);
   /// The player has been told to do something, so that its next answers are no surprise.
   void expectChange(const std::string& owner);
 
@@ -105,6 +108,7 @@ class PlayerRoster final : public MprisObserver {
   bool isFollowed(const std::string& owner) const override;
   void playerFellSilent(const std::string& owner) override;
   void playersListed() override;
+  void busFound() override;
   void busConnected() override;
   void busLost() override;
 

@@ -93,6 +93,13 @@ bool PlayerRoster::standsStill(const std::string& owner, std::chrono::microsecon
   return !moved && !isKnown && entry.state == PlayerState::Playing;
 }
 
+bool PlayerRoster::mayAnswerBetter(const std::string& owner) {
+  constexpr int kMostAnswers = 10;
+  const std::lock_guard lock(mutex_);
+  auto* const found = find(owner);
+  return found != nullptr && ++found->second.mistypedAnswers <= kMostAnswers;
+}
+
 void PlayerRoster::expectChange(const std::string& owner) {
   const std::lock_guard lock(mutex_);
   if (auto* const found = find(owner)) found->second.forgetAnswers();
@@ -129,6 +136,7 @@ void PlayerRoster::propertiesChanged(const std::string& owner, const PropertyMap
   if (found == nullptr) return;
   auto& entry = found->second;
   entry.lastChange = ++changes_;
+  entry.mistypedAnswers = 0;
   entry.forgetAnswers();
   const auto described = entry.describe();
   if (const auto* status = changed.find("PlaybackStatus")) setState(entry, stateOf(status));
@@ -200,6 +208,11 @@ void PlayerRoster::playersListed() {
   listed_ = true;
   listedCondition_.notify_all();
   tellOfChoice();
+}
+
+void PlayerRoster::busFound() {
+  const std::lock_guard lock(mutex_);
+  if (std::exchange(bus_, Bus::Silent) == Bus::Missing) tell(PlayerNews::Described);
 }
 
 void PlayerRoster::busConnected() {

@@ -149,6 +149,7 @@ TEST_F(ARoster, TellsTheNewsOfTheCurrentPlayer) {
       {"stranger", [&] { roster_->noticeVolume(":9", 1); }, {}},
       {"no bus", [&] { roster_->busLost(); }, {Described}},
       {"still none", [&] { roster_->busLost(); }, {}},
+      {"a silent bus", [&] { roster_->busFound(); }, {Described}},
       {"a bus", [&] { roster_->busConnected(); }, {Described}},
       {"gone with the bus", [&] { roster_->busLost(); }, {Left}}};
   news();

@@ -63,6 +63,7 @@ void BusWatch::run() {
 
 void BusWatch::follow() {
   WatchedConnection connection(observer_, deadlines_);
+  observer_.busFound();
   while (!stopping_) {
     // One message at a time: probes and the end of this object must not wait until a flood of
     // signals, or of large messages, is over.

@@ -49,6 +49,9 @@ class MprisObserver {
   /// All players that were there at the start have been reported.
   virtual void playersListed() = 0;
 
+  /// There is a bus, which has not answered yet.
+  virtual void busFound() = 0;
+
   /// The bus answers; the players that there are on it will be reported.
   virtual void busConnected() = 0;
 
