@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <algorithm>
+#include <chrono>
 #include <stdexcept>
 #include <string_view>
 #include <utility>
@@ -63,6 +64,10 @@ std::string whyNotShown(const MprisPlayer& player, const std::string& name) {
 
 }  // namespace
 
+void giveBusTime() {
+  sessionBusAnswers(std::chrono::seconds(2));
+}
+
 ChosenPlayer makePlayer(const std::string& choice, const PlayerParts& parts) {
   const auto makeEmbedded = [&] {
     return ChosenPlayer{std::make_unique<EmbeddedPlayer>(parts.clock, parts.bundle,
@@ -86,6 +91,7 @@ void printPlayers(std::ostream& output, std::ostream& notices) {
   output << "embedded (built in)\n";
   try {
     requireSessionBus();
+    giveBusTime();
     const MprisPlayer players;
     for (const auto& player : players.candidates()) output << nameAndState(player) << "\n";
     if (!players.busAnswers()) throw std::runtime_error(kBusIsSilent);

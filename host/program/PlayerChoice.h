@@ -33,6 +33,10 @@ struct PlayerParts {
   bool isFirst;  ///< The program's first player; later ones wait for a bus that has gone.
 };
 
+/// Waits for the answer of the session bus, for two seconds at most. The questions to players have
+/// less time, because a window waits for them; who shows a player once and ends needs the answer.
+void giveBusTime();
+
 /// Makes the player that `--player` names: "embedded" or "auto", in capitals or not, or a player on
 /// the session bus. Where there is no bus for the first player, "auto" becomes the embedded one and
 /// `notices` says so; for a player with a name, throws `std::runtime_error`.

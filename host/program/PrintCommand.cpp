@@ -16,6 +16,7 @@
 #include "host/panel/WidgetBridge.h"
 #include "host/program/Composition.h"
 #include "host/program/DisplayText.h"
+#include "host/program/PlayerChoice.h"
 #include "host/program/SongJson.h"
 #include "host/program/StandardStreams.h"
 #include "host/program/TerminationSignals.h"
@@ -145,6 +146,7 @@ void runPrintCommand(const CommandLine& commandLine) {
   int argumentCount = 0;
   const QGuiApplication application(argumentCount, nullptr);
   const CommandOutput output;
+  giveBusTime();
   const Composition composition;
   QObject::connect(&termination, &TerminationSignals::received, &application,
                    &QGuiApplication::quit);

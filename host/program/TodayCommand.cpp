@@ -32,6 +32,7 @@ namespace {
 
 constexpr auto kPlatform = "QT_QPA_PLATFORM";
 constexpr auto kNoDisplay = "offscreen";
+constexpr std::chrono::seconds kPatienceWithBus{1};
 constexpr auto kFirstIsSilent = "the corvella that is running does not answer";
 
 /// The file for a picture that the user has not asked for, and so not named: beside the program
@@ -93,7 +94,7 @@ void keepNoLargeBuffers() {
 /// without Qt, and are shown once the bus answers.
 void keepQtFromSilentBus() {
   constexpr auto kAddress = "DBUS_SESSION_BUS_ADDRESS";
-  if (sessionBusAnswers(std::chrono::seconds(1))) return;
+  if (sessionBusAnswers(kPatienceWithBus)) return;
   const bool isSet = qEnvironmentVariableIsSet(kAddress);
   const auto address = qgetenv(kAddress);
   qputenv(kAddress, "unix:path=/dev/null");
@@ -139,7 +140,10 @@ int runTodayCommand(const CommandLine& commandLine) {
 void runQuitCommand() {
   int argumentCount = 0;
   const QCoreApplication application(argumentCount, nullptr);
-  keepQtFromSilentBus();
+  if (!sessionBusAnswers(kPatienceWithBus)) {
+    requireSessionBus();
+    throw std::runtime_error("the session bus does not answer");
+  }
   const SingleInstance instance;
   if (instance.isThereAFirst() && !instance.tellFirst("Quit")) {
     throw std::runtime_error(kFirstIsSilent);
