@@ -126,6 +126,8 @@ class PlayerRoster final : public MprisObserver {
   void tell(PlayerNews news) const;
   /// Tells when the current player has left, or when the choice would fall on another one.
   void tellOfChoice();
+  /// Tells that the description of the current player, in whose place the bus may stand, differs.
+  void tellOfBus() const;
   void setState(KnownPlayer& player, PlayerState state);
   template <typename Value>
   void notice(const std::string& owner, std::optional<Value> KnownPlayer::*known, Value answer);

@@ -210,16 +210,21 @@ void PlayerRoster::playersListed() {
   tellOfChoice();
 }
 
+/// Before the first look at the players there is nobody whom the bus could surprise.
+void PlayerRoster::tellOfBus() const {
+  if (hasChosen_) tell(PlayerNews::Described);
+}
+
 void PlayerRoster::busFound() {
   const std::lock_guard lock(mutex_);
-  if (std::exchange(bus_, Bus::Silent) == Bus::Missing) tell(PlayerNews::Described);
+  if (std::exchange(bus_, Bus::Silent) == Bus::Missing) tellOfBus();
 }
 
 void PlayerRoster::busConnected() {
   const std::lock_guard lock(mutex_);
   bus_ = Bus::Answering;
   listed_ = false;
-  tell(PlayerNews::Described);
+  tellOfBus();
 }
 
 void PlayerRoster::busLost() {
@@ -229,7 +234,7 @@ void PlayerRoster::busLost() {
   listed_ = true;
   listedCondition_.notify_all();
   if (before == Bus::Answering) tell(PlayerNews::Left);
-  if (before == Bus::Silent) tell(PlayerNews::Described);
+  if (before == Bus::Silent) tellOfBus();
 }
 
 bool PlayerRoster::busAnswers() const {

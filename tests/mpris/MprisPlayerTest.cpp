@@ -435,7 +435,8 @@ TEST_F(AFakePlayerOnTheBus, IsGoneWithTheBusAndAnotherIsFoundWhenThereIsABusAgai
   EXPECT_EQ(controller().songInfo().title, "No Song Playing");
   EXPECT_TRUE(eventually([&] { return !controller().running(); }));
   EXPECT_EQ(player_->description().identity, "The session bus");
-  EXPECT_FALSE(player_->description().silent);
+  // The dying bus may have taken one more connection.
+  EXPECT_TRUE(eventually([&] { return !player_->description().silent; }));
   EXPECT_THROW(requireSessionBus(), std::runtime_error);
 
   bus_.start();
