@@ -407,6 +407,7 @@ TEST_F(AUserOfX11, IsShownTheWindowWhereverTheyAreAndWhateverCoversIt) {
     const auto told = server_.outputOf({"xwininfo", "-name", "Event Tester"});
     const auto stack = server_.outputOf({"xprop", "-root", "_NET_CLIENT_LIST_STACKING"});
     return told.find("Width: 1280") != std::string::npos &&
+           told.find("IsViewable") != std::string::npos &&
            stack.find(id + ", 0x") != std::string::npos;
   })) << film.errors();
   run({"--toggle"}, screen_);
