@@ -50,6 +50,12 @@ DesktopProgram::DesktopProgram(TodayView& view, SingleInstance& instance,
   QObject::connect(&instance, &SingleInstance::playerAsked, &view,
                    [&view](const QString& player) { view.showPlayer(player.toStdString()); });
   QObject::connect(&instance, &SingleInstance::quitAsked, qApp, &QApplication::quit);
+  // Qt's icon in the tray does not come back with the bus, and a program without an icon must not
+  // hide when its window is closed.
+  QObject::connect(&instance, &SingleInstance::busLost, &lookForTray_, [this] { tray_.reset(); });
+  QObject::connect(&instance, &SingleInstance::busFound, &lookForTray_, [this] {
+    if (!tray_) lookForTray_.start(kUntilWindowStands);
+  });
   QObject::connect(&termination, &TerminationSignals::received, qApp, &QApplication::quit);
   termination.listen();
   lookForTray_.setSingleShot(true);

@@ -43,7 +43,7 @@ SingleInstance::Role SingleInstance::claimName() {
     return Role::Alone;
   }
   bus_.connect({}, "/org/freedesktop/DBus/Local", "org.freedesktop.DBus.Local", "Disconnected",
-               this, SLOT(awaitBus()));
+               this, SLOT(loseBus()));
   // The object is registered first, because another instance that finds the name may call it at
   // once.
   bus_.registerObject(kPath, this, QDBusConnection::ExportScriptableInvokables);
@@ -56,6 +56,11 @@ SingleInstance::Role SingleInstance::claimName() {
   return reply == QDBusConnectionInterface::ServiceRegistered ? Role::First : Role::Later;
 }
 
+void SingleInstance::loseBus() {
+  awaitBus();
+  emit busLost();
+}
+
 void SingleInstance::lookForBus() {
   // Qt would wait without a limit for a bus that does not answer.
   if (!sessionBusAnswers(kGreeting)) return;
@@ -65,7 +70,9 @@ void SingleInstance::lookForBus() {
   QDBusConnection::disconnectFromBus(name);
   bus_ = QDBusConnection::connectToBus(sessionBusAddress(), name);
   // Another instance may have been started meanwhile. Of two the users could tell only one to end.
-  if (claimName() == Role::Later) emit quitAsked();
+  const auto role = claimName();
+  if (role == Role::Later) emit quitAsked();
+  if (role == Role::First) emit busFound();
 }
 
 bool SingleInstance::isThereAFirst() const {

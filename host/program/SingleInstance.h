@@ -55,9 +55,14 @@ class SingleInstance final : public QObject {
   void toggleAsked();
   void playerAsked(const QString& player);
   void quitAsked();
+  /// The bus has ended, and with it everything that the program offered there.
+  void busLost();
+  /// There is a bus again, and this instance has the name.
+  void busFound();
 
  private:
-  Q_SLOT void awaitBus() { nextLook_.start(); }
+  Q_SLOT void loseBus();
+  void awaitBus() { nextLook_.start(); }
   void lookForBus();
 
   QDBusConnection bus_;
