@@ -12,6 +12,8 @@
 #include <gmock/gmock.h>
 
 #include "players/mpris/MprisPlayer.h"
+#include "players/mpris/bus/BusCalls.h"
+#include "players/mpris/bus/SdBus.h"
 #include "players/mpris/bus/SessionBus.h"
 #include "tests/support/Eventually.h"
 #include "tests/support/FakeMprisPlayer.h"
@@ -443,6 +445,25 @@ TEST_F(AFakePlayerOnTheBus, IsGoneWithTheBusAndAnotherIsFoundWhenThereIsABusAgai
   FakeMprisPlayer other(bus_.address(), "other");
   other.show("Another", "Playing");
   EXPECT_TRUE(eventuallyShows("Another"));
+}
+
+TEST(BusCalls, MayFindTheBusGoneWhileTheyHandleAMissedDeadline) {
+  PrivateBus bus;
+  const ScopedSessionBus session(bus.address());
+  const auto connection = connectToSessionBus(longestWait);
+  BusCalls calls(connection.get());
+  bool isTooLate = false;
+  const auto ask = [&](const BusCalls::ReplyHandler& handler) {
+    calls.getAll("org.freedesktop.DBus", "org.freedesktop.DBus", 1, handler);
+  };
+  bus.freeze();  // So that the answer does not come first.
+  ask([&](sd_bus_message* reply) {
+    isTooLate = isError(reply);
+    ask([](sd_bus_message* /*reply*/) {});
+  });
+  bus.stop();
+  EXPECT_GT(sd_bus_process(connection.get(), nullptr), 0);
+  EXPECT_TRUE(isTooLate);
 }
 
 TEST_F(AFakePlayerOnTheBus, IsLateWhileTheBusItselfHangs) {

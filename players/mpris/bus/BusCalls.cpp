@@ -26,7 +26,10 @@ int BusCalls::replied(sd_bus_message* reply, void* data, sd_bus_error* /*error*/
   auto* const call = static_cast<Call*>(data);
   guarded([&] { call->handler(reply); });
   call->calls.calls_.remove_if([call](const Call& other) { return &other == call; });
-  return 0;
+  // The handler may have sent a call and thereby found that the bus has ended. After a deadline
+  // sd-bus would go on with its other work for 0, and abort because the connection is closing.
+  constexpr int kDone = 1;
+  return kDone;
 }
 
 bool isError(sd_bus_message* reply) {
