@@ -386,6 +386,25 @@ TEST_F(AFakePlayerOnTheBus, ThatHangsFromTheStartIsListedAsSilentAndNotAsked) {
   EXPECT_TRUE(eventuallyShows("Title"));
 }
 
+TEST_F(AFakePlayerOnTheBus, IsShownWithItsIdentityHoweverLateItTellsThat) {
+  fake_.set("Identity", "Radio");
+  fake_.set("CanPlay", Value::of("b", 0));
+  for (const auto& slow : {FakeMprisPlayer::Behaviour{.hangs = true}, {.hangsAt = "GetAll"}}) {
+    fake_.forgetCalls();
+    fake_.behave(slow);
+    connect({.call = longestWait, .greeting = 100ms});
+    const auto deadlineHasPassed = [&] {
+      const auto candidates = player_->candidates();
+      return (candidates.size() == 1 && candidates.front().silent) || fake_.received("GetAll") == 2;
+    };
+    ASSERT_TRUE(eventually(deadlineHasPassed));
+    fake_.behave({});
+    player_->running();  // Has the current player chosen, which is described.
+    EXPECT_TRUE(eventually([&] { return player_->description().identity == "Radio"; }));
+    EXPECT_FALSE(player_->description().canPlay);
+  }
+}
+
 TEST_F(AFakePlayerOnTheBus, ThatVanishesInMidCallIsNotRunningInsteadOfLate) {
   controller().songInfo();
   fake_.behave({.vanishesDuring = "Get Metadata"});

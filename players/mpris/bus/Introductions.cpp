@@ -1,6 +1,5 @@
 #include "players/mpris/bus/Introductions.h"
 
-#include <algorithm>
 #include <utility>
 
 #include "players/mpris/bus/BusMessages.h"
@@ -52,7 +51,7 @@ void Introductions::greet(const std::string& name, const std::string& owner) {
 void Introductions::askStatus(const std::string& owner) {
   // One question at a time is enough: its answer comes after the signal that led here, so it is
   // not older than that signal. A flood of signals would otherwise become a flood of questions.
-  if (!asked_.insert(owner).second) return;
+  if (asked_.contains(owner)) return;
   const auto start = std::chrono::steady_clock::now();
   calls_.send(methodCall(calls_.bus(), owner.c_str(), kPlayerPath, kPropertiesInterface, "Get",
                          "ss", kPlayerInterface, "PlaybackStatus"),
@@ -62,6 +61,7 @@ void Introductions::askStatus(const std::string& owner) {
                 const auto time = std::chrono::steady_clock::now() - start;
                 statusReplied(owner, reply, time >= deadlines_.greeting);
               }));
+  asked_.insert(owner);  // Not before: a question that cannot be sent is asked again next time.
 }
 
 void Introductions::statusReplied(const std::string& owner, sd_bus_message* reply, bool late) {
@@ -90,7 +90,7 @@ void Introductions::greetAgain(const std::string& owner) {
 }
 
 void Introductions::probe(const std::string& owner) {
-  if (!probed_.insert(owner).second) return;
+  if (probed_.contains(owner)) return;
   const auto start = std::chrono::steady_clock::now();
   // The question that players take longest to answer. One that answers it late would fall silent
   // again at once, and the display would change with each of its answers.
@@ -103,6 +103,7 @@ void Introductions::probe(const std::string& owner) {
                   observer_.playerAnswered(owner, properties.find("PlaybackStatus"));
                   describe(owner);
                 });
+  probed_.insert(owner);
 }
 
 /// Has a player that has answered say what it is able to do, and then who it is. One question at a
@@ -121,15 +122,24 @@ void Introductions::describe(const std::string& owner) {
   });
 }
 
-/// `handler` gets an empty map from a player that does not list its properties in time.
+/// What a player lists only after `end` is taken all the same, because it would otherwise be shown
+/// without its identity for as long as it runs. But the first list does not wait for it. `handler`
+/// gets an empty map from a player that lists nothing.
 void Introductions::askProperties(const std::string& owner, const char* interface, TimePoint end,
                                   std::function<void(const PropertyMap&)> handler) {
-  using namespace std::chrono_literals;
-  const auto left = std::max<std::chrono::nanoseconds>(end - std::chrono::steady_clock::now(), 1ms);
-  calls_.getAll(owner, interface, microseconds(left),
-                ofFirstList([handler = std::move(handler)](sd_bus_message* reply) {
-                  handler(listedIn(reply));
-                }));
+  const auto left = end - std::chrono::steady_clock::now();
+  if (left <= TimePoint::duration::zero()) {
+    return calls_.getAll(
+        owner, interface, BusCalls::kNoDeadline,
+        [handler = std::move(handler)](sd_bus_message* reply) { handler(listedIn(reply)); });
+  }
+  const auto replied = [this, owner, interface, end,
+                        handler = std::move(handler)](sd_bus_message* reply) {
+    const bool late = isError(reply) && std::chrono::steady_clock::now() >= end;
+    if (late) return askProperties(owner, interface, end, handler);
+    handler(listedIn(reply));
+  };
+  calls_.getAll(owner, interface, microseconds(left), ofFirstList(replied));
 }
 
 BusCalls::ReplyHandler Introductions::ofFirstList(BusCalls::ReplyHandler handler) {

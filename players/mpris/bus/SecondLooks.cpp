@@ -9,16 +9,18 @@ namespace Corvella {
 
 void SecondLooks::compareAnswers(const std::string& owner, const PropertyMap& told) {
   if (!observer_.isFollowed(owner)) return;
-  const auto [latest, isFirst] = told_.try_emplace(owner);
-  for (const auto* const name : {"PlaybackStatus", "Metadata", "Volume", "Rating"}) {
-    if (const auto* const value = told.find(name)) latest->second[name] = *value;
+  // The player answers a question that is under way after it sent this signal.
+  if (!told_.contains(owner)) {
+    calls_.getAll(owner, MprisNames::kPlayerInterface, microseconds(deadlines_.call),
+                  [this, owner](sd_bus_message* reply) {
+                    const auto entry = told_.extract(owner);
+                    if (!isError(reply)) answersCame(owner, entry.mapped(), listedIn(reply));
+                  });
   }
-  if (!isFirst) return;  // The player answers the question under way after it sent this signal.
-  calls_.getAll(owner, MprisNames::kPlayerInterface, microseconds(deadlines_.call),
-                [this, owner](sd_bus_message* reply) {
-                  const auto entry = told_.extract(owner);
-                  if (!isError(reply)) answersCame(owner, entry.mapped(), listedIn(reply));
-                });
+  auto& latest = told_[owner];
+  for (const auto* const name : {"PlaybackStatus", "Metadata", "Volume", "Rating"}) {
+    if (const auto* const value = told.find(name)) latest[name] = *value;
+  }
 }
 
 void SecondLooks::answersCame(const std::string& owner, const Told& told,
