@@ -85,8 +85,10 @@ void Crowd::come(MadePlayer& player) {
 
 std::string Crowd::state() const {
   Fields fields;
+  std::uint64_t unsent = 0;
   for (const auto& player : players_) {
     if (!player.isThere()) continue;
+    unsent += player.unsent();
     const auto& truth = player.truth();
     const auto set = [&](const char* what, const std::string& value) {
       fields[player.name() + " " + what] = value;
@@ -99,6 +101,7 @@ std::string Crowd::state() const {
     set("stars", std::to_string(truth.stars));
     set("position", std::to_string(player.position()));
   }
+  fields["unsent"] = std::to_string(unsent);
   return written(fields);
 }
 

@@ -29,8 +29,8 @@ class Crowd {
   /// The bus has come back: so do all players.
   void comeBack();
 
-  /// The players that are there, a line each, as `Fields` tell more than one: for each of them
-  /// "identity", "title", … with its number behind it.
+  /// The players that are there, as `Fields`: of each its "identity", "title", … with its name in
+  /// front. "unsent" is how many messages from before have not left the crowd yet.
   std::string state() const;
 
   /// Does what is due. Called every few milliseconds.

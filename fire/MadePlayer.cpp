@@ -59,6 +59,12 @@ std::string MadePlayer::uniqueName() const {
   return name;
 }
 
+std::uint64_t MadePlayer::unsent() const {
+  std::uint64_t count = 0;
+  if (bus_) sd_bus_get_n_queued_write(bus_.get(), &count);
+  return count;
+}
+
 double MadePlayer::position() const {
   const std::chrono::duration<double> since = Clock::now() - then_;
   return positionThen_ + (truth_.status == "Playing" ? since.count() : 0);

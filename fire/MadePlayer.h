@@ -65,6 +65,9 @@ class MadePlayer {
   /// From now on it says nothing but the truth, at once, and has answered all that it was asked.
   void rest();
 
+  /// Messages that it has still to hand to the bus. A large one takes many turns.
+  std::uint64_t unsent() const;
+
   /// Reads what came, answers what is due and goes on with its flood.
   void turn();
 

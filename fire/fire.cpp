@@ -48,6 +48,7 @@ constexpr int kSlowness = kIsSanitized ? 10 : 1;
 constexpr std::chrono::microseconds kLongestStall = 50ms;
 constexpr auto kUntilAgreed = 2s * kSlowness;
 constexpr auto kUntilAgreedOnNewBus = 5s * kSlowness;
+constexpr auto kUntilSaid = 20s * kSlowness;
 constexpr auto kUntilEnded = 1s * kSlowness;
 constexpr auto kUntilAnswered = 5s * kSlowness;
 constexpr auto kUntilFiguresAreBack = 20s * kSlowness;
@@ -133,6 +134,8 @@ class Run {
     const std::chrono::duration<double> time = Clock::now() - began_;
     std::printf("seed %u, %.0f s; %d times the panel agreed after at most %lld ms\n", options_.seed,
                 time.count(), agreements_, static_cast<long long>(longestAgreement_.count()));
+    std::printf("the crowd had said all that it had begun to say after at most %lld ms of rest\n",
+                static_cast<long long>(longestToSay_.count()));
     std::printf("the user:");
     for (const auto& [kind, count] : user_.counts()) std::printf(" %s %d", kind.c_str(), count);
     std::printf("\nthe crowd:");
@@ -234,13 +237,29 @@ class Run {
   /// player that it shows, so that nothing that it should have forgotten is forgotten for another
   /// reason.
   void comeToRest() {
-    const auto players = crowd_.ask("rest");
+    const auto players = rested();
     constexpr std::array kChoices{"", "", "", "auto", "auto", "fire3"};
     std::string choice = dice_.of(kChoices);
     if (!choice.empty() && choice != "auto" && !players.contains(choice + " identity"))
       choice = "auto";
     user_.comeToRest(choice);
     agree(choice, kUntilAgreed);
+  }
+
+  /// The players once they rest. They do not as long as something that they said before is still on
+  /// its way to the bus, in front of the truth: 64 MiB are thousands of writes.
+  Fields rested() {
+    const auto start = Clock::now();
+    auto players = crowd_.ask("rest");
+    while (players.at("unsent") != "0") {
+      if (Clock::now() - start > kUntilSaid) throw std::runtime_error("the crowd cannot rest");
+      look();
+      std::this_thread::sleep_for(20ms);
+      players = crowd_.ask("state");
+    }
+    const auto time = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start);
+    longestToSay_ = std::max(longestToSay_, time);
+    return players;
   }
 
   void agree(const std::string& choice, std::chrono::milliseconds atMost) {
@@ -318,6 +337,7 @@ class Run {
   Clock::time_point nextFigures_;
   int agreements_ = 0;
   std::chrono::milliseconds longestAgreement_{};
+  std::chrono::milliseconds longestToSay_{};
   std::optional<std::chrono::milliseconds> ended_;
 };
 
