@@ -375,6 +375,20 @@ TEST_F(AFakePlayerOnTheBus, ThatAnswersInTimeOnlyWhatIsSmallIsSilentUntilItAnswe
   EXPECT_TRUE(eventually([&] { return !player_->description().silent; }));
 }
 
+TEST_F(AFakePlayerOnTheBus, ThatHasLostAProbeIsAskedAgainWhenItTellsSomething) {
+  connect({.call = 100ms, .greeting = longestWait});
+  ASSERT_TRUE(eventually([&] { return errorNumber("get sound volume") == 0; }));
+  fake_.forgetCalls();
+  fake_.behave({.loses = "GetAll"});
+  EXPECT_EQ(errorNumber("get player state as string"), kTimedOut);
+  EXPECT_TRUE(eventually([&] { return fake_.received("GetAll") == 2; }));  // The probe.
+  fake_.behave({});
+  EXPECT_TRUE(eventually([&] {
+    fake_.announce("Volume");
+    return !player_->description().silent;
+  }));
+}
+
 TEST_F(AFakePlayerOnTheBus, ThatHangsFromTheStartIsListedAsSilentAndNotAsked) {
   fake_.behave({.hangs = true});
   connect({.call = longestWait, .greeting = 100ms});

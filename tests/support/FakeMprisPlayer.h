@@ -69,6 +69,7 @@ class FakeMprisPlayer {
   struct Behaviour {
     bool hangs = false;     ///< Answers nothing; calls pile up until it behaves otherwise.
     std::string hangsAt{};  ///< Answers everything but such calls.
+    std::string loses{};    ///< Such calls are never answered, however it behaves later.
     std::map<std::string, std::string> errors{};  ///< What calls are answered with.
     bool failsOnce = false;  ///< Each of the errors is for the first call of its name alone.
     /// The player leaves the bus for good when such a call comes, without an answer.
@@ -206,7 +207,7 @@ class FakeMprisPlayer {
     }
     calls_.push_back(name);
     vanishing_ = name == behaviour_.vanishesDuring;
-    if (vanishing_) return;
+    if (vanishing_ || name == behaviour_.loses) return;
     const bool ofRoot = interface == std::string_view("org.mpris.MediaPlayer2");
     waiting_.push_back({BusMessage(sd_bus_message_ref(call)), name, property, ofRoot});
   }

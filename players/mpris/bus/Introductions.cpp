@@ -90,20 +90,33 @@ void Introductions::greetAgain(const std::string& owner) {
 }
 
 void Introductions::probe(const std::string& owner) {
-  if (probed_.contains(owner)) return;
-  const auto start = std::chrono::steady_clock::now();
+  if (!probed_.contains(owner)) sendProbe(owner, deadlines_.call);
+}
+
+/// A player that sends signals and never answers must not gather questions, so the pauses grow.
+void Introductions::heardFrom(const std::string& owner) {
+  const auto probe = probed_.find(owner);
+  if (probe == probed_.end()) return;
+  const auto [sent, patience] = probe->second;
+  if (std::chrono::steady_clock::now() - sent >= patience) sendProbe(owner, 2 * patience);
+}
+
+void Introductions::sendProbe(const std::string& owner, std::chrono::milliseconds patience) {
+  const auto sent = std::chrono::steady_clock::now();
   // The question that players take longest to answer. One that answers it late would fall silent
   // again at once, and the display would change with each of its answers.
-  calls_.getAll(owner, kPlayerInterface, BusCalls::kNoDeadline,
-                [this, owner, start](sd_bus_message* reply) {
-                  probed_.erase(owner);
-                  const auto time = std::chrono::steady_clock::now() - start;
-                  if (time >= deadlines_.call && observer_.knows(owner)) return probe(owner);
-                  const auto properties = listedIn(reply);
-                  observer_.playerAnswered(owner, properties.find("PlaybackStatus"));
-                  describe(owner);
-                });
-  probed_.insert(owner);
+  const auto replied = [this, owner, sent, patience](sd_bus_message* reply) {
+    const auto last = probed_.find(owner);
+    if (last == probed_.end() || last->second.sent != sent) return;  // It has been asked again.
+    probed_.erase(last);
+    const bool late = std::chrono::steady_clock::now() - sent >= deadlines_.call;
+    if (late && observer_.knows(owner)) return sendProbe(owner, patience);
+    const auto properties = listedIn(reply);
+    observer_.playerAnswered(owner, properties.find("PlaybackStatus"));
+    describe(owner);
+  };
+  calls_.getAll(owner, kPlayerInterface, BusCalls::kNoDeadline, replied);
+  probed_[owner] = {.sent = sent, .patience = patience};
 }
 
 /// Has a player that has answered say what it is able to do, and then who it is. One question at a

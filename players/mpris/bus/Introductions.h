@@ -34,6 +34,9 @@ class Introductions {
   void askStatus(const std::string& owner);
   /// Asks a silent player until it has answered in time, unless it is being asked.
   void probe(const std::string& owner);
+  /// Asks a silent player once more if it has had a probe for long: one that tells something lives,
+  /// and may have lost the question.
+  void heardFrom(const std::string& owner);
 
  private:
   using TimePoint = std::chrono::steady_clock::time_point;
@@ -43,10 +46,16 @@ class Introductions {
     bool isSecond = false;
   };
 
+  struct Probe {
+    TimePoint sent;
+    std::chrono::milliseconds patience;  ///< Until a sign of life leads to the next one.
+  };
+
   void findOwner(const std::string& name);
   void statusReplied(const std::string& owner, sd_bus_message* reply, bool late);
   void describe(const std::string& owner);
   void greetAgain(const std::string& owner);
+  void sendProbe(const std::string& owner, std::chrono::milliseconds patience);
   void askProperties(const std::string& owner, const char* interface, TimePoint end,
                      std::function<void(const PropertyMap&)> handler);
   /// The handler of a call that is part of the first list, if that is not complete yet.
@@ -56,8 +65,8 @@ class Introductions {
   BusCalls& calls_;
   SecondLooks& secondLooks_;
   const MprisDeadlines deadlines_;
-  std::set<std::string> asked_;   // Owners whose status has been asked for and not been answered.
-  std::set<std::string> probed_;  // Owners that are silent.
+  std::set<std::string> asked_;  // Owners whose status has been asked for and not been answered.
+  std::map<std::string, Probe> probed_;      // The last one to each owner that is silent.
   std::map<std::string, Greeting> greeted_;  // Those that have not been asked who they are.
   bool listed_ = false;
   int outstanding_ = 0;  // Calls that make up the first list of players.

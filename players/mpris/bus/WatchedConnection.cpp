@@ -113,6 +113,7 @@ void WatchedConnection::propertiesChanged(sd_bus_message* signal) {
   const auto* const sender = sd_bus_message_get_sender(signal);
   if (sender == nullptr || !observer_.knows(sender)) return;
   const std::string owner = sender;
+  introductions_.heardFrom(owner);
   checkBus(sd_bus_message_skip(signal, "s"), "an interface");
   const auto changed = readProperties(signal);
   std::vector<std::string> invalidated;
@@ -133,7 +134,9 @@ void WatchedConnection::identityChanged(sd_bus_message* signal) {
 
 void WatchedConnection::positionJumped(sd_bus_message* signal) {
   const auto* const sender = sd_bus_message_get_sender(signal);
-  if (sender != nullptr) observer_.lookAgain(sender);
+  if (sender == nullptr) return;
+  introductions_.heardFrom(sender);
+  observer_.lookAgain(sender);
 }
 
 }  // namespace Corvella
