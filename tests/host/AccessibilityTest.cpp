@@ -61,6 +61,7 @@ TEST_F(AnUnfoldedTodayView, TellsTheRoleTheNameAndTheValueOfEachControl) {
     const auto value = accessible->text(QAccessible::Value);
     EXPECT_TRUE(row.value.isEmpty() || value == row.value) << value.toStdString();
   }
+  EXPECT_EQ(find("songTitle")->accessibleDescription(), "Song title");
   auto* const frame = QAccessible::queryAccessibleInterface(&window);
   EXPECT_EQ(frame->role(), QAccessible::Window);
   EXPECT_EQ(frame->text(QAccessible::Name), "Corvella");

@@ -1,3 +1,4 @@
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -53,6 +54,7 @@ TEST(AWrongCommandLine, IsRefusedWithTheWordThatIsWrong) {
   const std::vector<std::pair<Arguments, std::string>> rows{
       {{"--shiny"}, "shiny"},
       {{"-x"}, "x"},
+      {{"-a"}, "a"},
       {{"song.mp3"}, "song.mp3"},
       {{"a\nsong"}, "a song"},
       {{"--a\nsong"}, "a song"},
@@ -90,6 +92,19 @@ TEST(AnAutostartEntry, StartsTheProgramWhateverItsPathAndThePlayersNameHold) {
   EXPECT_THAT(odd, testing::HasSubstr("\nTryExec=/a b/100%/corvella\n"));
   EXPECT_THAT(odd, testing::HasSubstr("\nExec=\"/a b/100%%/corvella\" --hidden --player "
                                       "\"\\\\\"\\\\$\\\\\\\\\\n\"\n"));
+}
+
+TEST(TheManualPage, SetsTheNamesOfOptionsInBoldAndNothingElse) {
+  std::istringstream page(manualPage("1.0"));
+  std::vector<std::string> lines;
+  for (std::string line; std::getline(page, line);) lines.push_back(line);
+  for (const auto* const line :
+       {"start without showing the panel, for example when the desktop starts",
+        "\\fB\\-\\-snapshot\\fR FILE.png",
+        "with \\fB\\-\\-print\\fR: print again at each change but that of the position, until "
+        "interrupted"}) {
+    EXPECT_THAT(lines, testing::Contains(std::string(line)));
+  }
 }
 
 TEST(BashCompletion, OffersOptionsPlayersAndWords) {

@@ -351,6 +351,44 @@ TEST(TheStars, ArePaintedAnewWheneverTheyShowSomethingElse) {
   EXPECT_TRUE(Rig::waitFor(showsAsBefore));
 }
 
+TEST(TheStars, AreChosenByAClickThatChangesThemIfThatIsAllowed) {
+  StarRating stars(nullptr);
+  stars.resize(120, 24);
+  RatingContent content{.stars = 2, .mostStars = 5, .editable = true, .highlighted = true};
+  stars.display(content);
+  const QSignalSpy chosen(&stars, &StarRating::starsChosen);
+  const auto choices = [&](int click) {
+    QTest::mouseClick(&stars, Qt::LeftButton, Qt::NoModifier, QPoint(click, 12));
+    return chosen.count();
+  };
+  constexpr int kSecond = 36;
+  constexpr int kLast = 108;
+  EXPECT_EQ(choices(kSecond), 0);
+  EXPECT_EQ(choices(kLast), 1);
+  EXPECT_EQ(stars.stars(), 5);
+  // A button that is let go here and was pressed elsewhere chooses nothing.
+  const QPointF place(kSecond, 12);
+  QMouseEvent over(QEvent::MouseMove, place, place, Qt::NoButton, Qt::NoButton, Qt::NoModifier);
+  QApplication::sendEvent(&stars, &over);
+  QTest::mouseRelease(&stars, Qt::LeftButton, Qt::NoModifier, place.toPoint());
+  EXPECT_EQ(chosen.count(), 1);
+  content.editable = false;
+  stars.display(content);
+  EXPECT_EQ(choices(kLast), 1);
+}
+
+TEST(AWidePicture, StandsInTheMiddleOfItsView) {
+  QImage wide(40, 20, QImage::Format_RGB32);
+  wide.fill(Qt::white);
+  QBuffer file;
+  file.open(QIODevice::WriteOnly);
+  ASSERT_TRUE(wide.save(&file, "PNG"));
+  PictureView view;
+  view.resize(80, 80);
+  view.display({NSImage::initWithData(std::as_bytes(std::span(file.data())), QtImageDecoder())});
+  EXPECT_EQ(view.pictureRect(), QRectF(0, 20, 80, 40));
+}
+
 TEST(APictureOfTwiceThePixelsOfItsView, IsDrawnPixelByPixelAtTwiceTheScale) {
   QImage chessboard(80, 80, QImage::Format_RGB32);
   for (int i = 0; i < 80 * 80; ++i) {

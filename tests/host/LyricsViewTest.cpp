@@ -299,6 +299,16 @@ TEST(TheLyrics, AreLaidOutAnewInAnotherFont) {
   EXPECT_EQ(heightAt(12), small);
 }
 
+TEST(TheLyrics, BreakAnewInAnotherWidth) {
+  LyricsLayout layout(LyricsLines("one two three four"), QFont(), NSTextAlignmentLeft);
+  const auto rowsIn = [&](double width) {
+    layout.setWidth(width);
+    return layout.paragraph(0).layout().lineCount();
+  };
+  EXPECT_EQ(rowsIn(1000), 1);
+  EXPECT_GT(rowsIn(30), 1);
+}
+
 TEST(TheLyrics, KeepTheirSelectionWhenTheyAreShownAgain) {
   const auto content = contentOf("one\u00a0two\r\nthree\u2028four");
   WholeLyrics lyrics(300, 300, content);

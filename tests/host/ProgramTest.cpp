@@ -131,6 +131,27 @@ TEST_F(AUser, SeesJsonPrintedAgainAtEachChange) {
   EXPECT_EQ(program.output(), line("paused", "One") + line("playing", R"(Two\u202e)"));
 }
 
+TEST_F(AUser, SeesTheDisplayPrintedAgainWhenMoreThanThePositionHasChanged) {
+  FakeMprisPlayer player(bus_.address(), "fake");
+  player.show("One", "Paused");
+  auto program = start({"--print", "--follow"});
+  const auto prints = [&](const std::string& line) {
+    return eventually([&] { return program.output().find(line) != std::string::npos; });
+  };
+  ASSERT_TRUE(prints("progressBar: 0 of 215.5\n"));
+  const auto looks = player.received("Get Position");
+  player.set("Position", INT64_C(5'000'000));
+  player.announce("Metadata");
+  ASSERT_TRUE(eventually([&] { return player.received("Get Position") > looks; }));
+  player.set("Volume", 0.5);
+  player.announce("Volume");
+  ASSERT_TRUE(prints("soundVolume: 50\n"));
+  program.kill(SIGTERM);
+  EXPECT_EQ(program.wait(), 0);
+  const auto output = program.output();
+  EXPECT_EQ(output.find("songTitle", output.find("songTitle") + 1), output.rfind("songTitle"));
+}
+
 TEST_F(AUser, SeesNothingButTheDisplayPrintedWhileThePlayerFails) {
   FakeMprisPlayer player(bus_.address(), "fake");
   player.behave({.hangs = true});
@@ -162,6 +183,7 @@ TEST_F(AUser, IsToldByTheStatusAndInWordsWhatHappened) {
       {{"--print", "--player", "Embedded"}, 0, embedded, nothing},
       {{"--print", "--player", "mpv"}, 1, "", "session bus"},
       {{"--shiny"}, 2, nothing, "shiny.*Usage:"},
+      {{"--hidden", "--player", "embedded"}, 1, nothing, "no display server"},
       {{"--snapshot", file, "--player", "embedded"}, 1, nothing, file + ".*No such file"},
       {{"--snapshot", pipe, "--player", "embedded"}, 1, nothing, pipe + ".*No such device"}};
   for (const auto& row : rows) {
@@ -178,8 +200,12 @@ TEST_F(AUser, IsToldThatTheOutputIsClosed) {
   // The last reader of the pipe goes before the program comes.
   Process program({"sh", "-c", "mkfifo $0 && exec 3<>$0 4>$0 3<&- && exec $1 --version >&4", fifo,
                    CORVELLA_PROGRAM});
-  EXPECT_EQ(program.wait(), 1);
-  EXPECT_THAT(program.errors(), HasSubstr("cannot write to standard output"));
+  Process full({"sh", "-c", "exec $0 --print --player embedded >/dev/full", CORVELLA_PROGRAM},
+               kNoBus);
+  for (auto* const each : {&program, &full}) {
+    EXPECT_EQ(each->wait(), 1);
+    EXPECT_THAT(each->errors(), HasSubstr("cannot write to standard output"));
+  }
 }
 
 TEST_F(AUser, EndsWhatFollowsThePlayerByNotReadingOn) {
@@ -264,6 +290,7 @@ TEST_F(AUser, MaySwitchTheRunningInstanceToAnotherPlayer) {
   auto first = open();
   ASSERT_TRUE(isListening());
   EXPECT_EQ(player.received("Get Metadata"), 0);
+  EXPECT_THAT(run({"--list-players"}).output, HasSubstr("other (playing)\n"));
   const auto later = run({"--player", "other"}, kOffscreen);
   EXPECT_EQ(later.status, 0) << later.errors;
   EXPECT_TRUE(eventually([&] { return player.received("Get Metadata") > 0; }));

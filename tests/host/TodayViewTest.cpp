@@ -18,6 +18,7 @@
 
 #include <gmock/gmock.h>
 
+#include "host/controls/StarRating.h"
 #include "host/controls/Theme.h"
 #include "host/panel/PanelPlace.h"
 #include "host/panel/PlayerButton.h"
@@ -265,12 +266,18 @@ TEST_F(AnOpenTodayView, PaintsNothingBetweenTheTwoPicturesOfAPage) {
 
 TEST_F(AnOpenTodayView, StartsTheWidgetAnewWhenThePlayerHasLeft) {
   ASSERT_NE(unfold(), nullptr);
-  press(Qt::Key_Up);  // Asked of a widget that is gone when the answer comes.
+  gate.close();
+  for (const auto key : {Qt::Key_Up, Qt::Key_1}) press(key);      // Asked of a widget that is gone
+  ASSERT_TRUE(waitFor([&] { return gate.isHoldingScripts(); }));  // when the answer comes.
   listener->playerNews(PlayerNews::Left);
   EXPECT_TRUE(waitFor([&] { return starts == 2; }));
+  gate.open();
   EXPECT_TRUE(waitFor([&] { return window.panel().height() == 285; }));  // Folded.
   settle();
   EXPECT_EQ(find<QSlider>("soundVolume")->value(), *player.soundVolume());
+  player.setRatingOfCurrentTrack(60);
+  listener->playerNews(PlayerNews::Changed);
+  EXPECT_TRUE(waitFor([&] { return find<StarRating>("songRatingIndicator")->stars() == 3; }));
   view.hide();
   listener->playerNews(PlayerNews::Left);
   settle();
@@ -281,12 +288,17 @@ TEST_F(AnOpenTodayView, StartsTheWidgetAnewWhenThePlayerHasLeft) {
 
 TEST_F(AnOpenTodayView, ListsThePlayersToChooseFrom) {
   description.playing = true;
+  description.identity = "R&B";
   press(Qt::Key_S);
-  const auto actions = window.findChild<PlayerMenu*>()->actions();
+  auto* const menu = window.findChild<PlayerMenu*>();
+  menu->hide();
+  QTest::mouseClick(find("player"), Qt::LeftButton);
+  EXPECT_TRUE(menu->isVisible());
+  const auto actions = menu->actions();
   std::vector<std::string> texts;
   for (const auto* action : actions) texts.push_back(action->text().toStdString());
-  EXPECT_THAT(texts, testing::ElementsAre("Automatic", "", "mpv \u2013 playing", "",
-                                          "Show the window of mpv"));
+  EXPECT_THAT(texts, testing::ElementsAre("Automatic", "", "R&&B \u2013 playing", "",
+                                          "Show the window of R&&B"));
   EXPECT_TRUE(actions[2]->isChecked());
   actions[4]->trigger();
   EXPECT_EQ(raises, 1);

@@ -23,6 +23,7 @@ TEST(AStampedText, IsShownWithoutItsTimeStamps) {
       {"[00:01.00] <00:01.00> One <00:01.50> two<00:02.00>fold <00:02.50>", "One twofold"},
       {"<00:01.00>One <00:01.500>two", "One two"},
       {"[ar:A]\n[TI: B ] \n[offset:+100]\n\n[00:01]One", "\nOne"},
+      {"[id:1]\n[hash:f]\n[la:en]\n[qq:1]\n[total:9]\n[ve:2]\n[00:01]One", "One"},
       {"[Chorus]\n[Verse 1: A]\n[instrumental]\n[00:01]One",
        "[Chorus]\n[Verse 1: A]\n[instrumental]\nOne"},
       {"[00:01]Meet me at [12:30] <sharp>", "Meet me at [12:30] <sharp>"},

@@ -375,6 +375,12 @@ TEST_F(AFakePlayerOnTheBus, ThatAnswersInTimeOnlyWhatIsSmallIsSilentUntilItAnswe
   EXPECT_TRUE(eventually([&] { return !player_->description().silent; }));
 }
 
+TEST_F(AFakePlayerOnTheBus, IsAskedToRaiseItsWindow) {
+  EXPECT_EQ(controller().songInfo().title, "Title");
+  player_->raise();
+  EXPECT_TRUE(eventually([&] { return fake_.received("Raise") == 1; }));
+}
+
 TEST_F(AFakePlayerOnTheBus, ThatHasLostAProbeIsAskedAgainWhenItTellsSomething) {
   connect({.call = 100ms, .greeting = longestWait});
   ASSERT_TRUE(eventually([&] { return errorNumber("get sound volume") == 0; }));

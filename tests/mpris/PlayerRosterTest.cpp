@@ -80,6 +80,7 @@ TEST_F(ARoster, ForgetsAPlayerWithTheLastOfItsNames) {
   appear("vlc.instance7", ":1", "Playing");
   appear("b", ":2", "Paused");
   EXPECT_EQ(roster_->candidates().size(), 2U);
+  EXPECT_EQ(roster_->candidates().front().owner, ":2");  // By their names.
   roster_->playerVanished(kPrefix + "vlc.instance7");
   EXPECT_EQ(chosen(), ":1");
   roster_->playerVanished(kPrefix + "vlc");
@@ -105,7 +106,9 @@ TEST_F(ARoster, TellsTheNewsOfTheCurrentPlayer) {
   appear("a", ":1", "Stopped");
   EXPECT_THAT(news(), testing::IsEmpty());  // Nobody has looked yet.
   roster_->playerVanished(kPrefix + "a");
+  EXPECT_FALSE(roster_->currentDescription().known);
   EXPECT_EQ(chosen(), "");
+  EXPECT_TRUE(roster_->currentDescription().known);
   appear("a", ":1", "Playing");
   EXPECT_THAT(news(), testing::ElementsAre(Changed));  // There is one to be shown.
   EXPECT_EQ(chosen(), ":1");
@@ -134,6 +137,8 @@ TEST_F(ARoster, TellsTheNewsOfTheCurrentPlayer) {
       {"untold artist", [&] { roster_->noticeTrack(":1", "y"); }, {Changed}},
       {"told volume", [&] { change(":1", "Volume", {0.8}); }, {Changed}},
       {"as told", [&] { roster_->noticeVolume(":1", 80); }, {}},
+      {"told track", [&] { change(":1", "Metadata", {"z"}); }, {Changed}},
+      {"track as told", [&] { roster_->noticeTrack(":1", "z"); }, {}},
       {"ability", [&] { change(":1", "CanGoNext", no); }, {Described}},
       {"invalid", [&] { roster_->propertiesChanged(":1", none, {"Metadata"}); }, {Changed}},
       {"jump", [&] { roster_->lookAgain(":1"); }, {Changed}},
@@ -174,6 +179,15 @@ TEST_F(ARoster, IgnoresNewsOfStrangers) {
   roster_->identityListed(":9", PropertyMap(std::vector<Property>{{"Identity", {"X"}}}));
   EXPECT_FALSE(roster_->fellSilent(":9"));
   EXPECT_EQ(chosen(), "");
+}
+
+TEST_F(ARoster, HopesForBetterAnswersTenTimesAndAgainAfterNews) {
+  appear("a", ":1", "Playing");
+  for (int round = 0; round < 2; ++round) {
+    for (int answer = 0; answer < 10; ++answer) EXPECT_TRUE(roster_->mayAnswerBetter(":1"));
+    EXPECT_FALSE(roster_->mayAnswerBetter(":1"));
+    change(":1", "Volume", {0.5});
+  }
 }
 
 TEST_F(ARoster, PutsASilentPlayerLastUntilAProbeIsAnswered) {

@@ -73,6 +73,7 @@ TEST(AView, IsNeverSmallerThanNothingAndAlwaysFinite) {
   view.setFrameSize({.width = -5, .height = 6});
   view.setFrameSize({.width = notANumber, .height = 8});
   EXPECT_EQ(view.frame(), NSMakeRect(1, 2, 0, 6));
+  EXPECT_EQ(NSView(NSMakeRect(notANumber, 2, 3, 4)).frame(), NSRect());
 }
 
 template <class View, class Change>
@@ -186,6 +187,13 @@ TEST_F(AViewOfAnInterfaceFile, TakesItsPlaceStateRangeAndValueAndRefusesWhatIsNo
   EXPECT_EQ(indicator.frame(), NSMakeRect(12.5, 12.5, 12.5, 12.5));
   EXPECT_FALSE(indicator.isEnabled());
   EXPECT_EQ(indicator.integerValue(), 5);
+  cell.encodeString("minValue", "2");
+  cell.encodeString("doubleValue", "1");
+  EXPECT_EQ(NSLevelIndicator(coder).integerValue(), 2);
+  cell.encodeString("title", "Go");
+  EXPECT_EQ(NSButton(coder).title(), "Go");
+  coder.encodeString("doubleValue", "7");
+  EXPECT_EQ(NSProgressIndicator(coder).doubleValue(), 7);
   for (const std::string text : {"", "12pt", "inf", "nan", "1e999", "-1"}) {
     frame.encodeString("width", text);
     EXPECT_THAT([&] { NSButton{coder}; },
@@ -210,6 +218,7 @@ TEST_F(AViewOfAnInterfaceFile, TakesItsColourByNameOrByItsParts) {
 
 TEST_F(AViewOfAnInterfaceFile, FallsBackWhereAFontIsMissingAndRefusesUnknownWords) {
   auto& font = coder.encodeChild("font", "Some.xib:2");
+  EXPECT_EQ(NSTextField(coder).font()->pointSize(), 13);
   font.encodeString("name", "Helvetica Neue");
   font.encodeString("size", "15");
   EXPECT_EQ(NSTextField(coder).font()->pointSize(), 15);

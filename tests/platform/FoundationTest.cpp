@@ -385,6 +385,7 @@ TEST(ADescriptor, ReadsAsTextAndAsNumber) {
       {Descriptor::nullDescriptor(), {}, 0},
       {Descriptor::descriptorWithInt32(-7), "-7", -7},
       {Descriptor::descriptorWithBoolean(true), "true", 1},
+      {Descriptor::descriptorWithBoolean(false), "false", 0},
       {Descriptor::listDescriptor({text("3")}), {}, 0},
       {Descriptor::descriptorWithData({std::byte(65)}), {}, 0},
       {text("-2.6"), "-2.6", -3},

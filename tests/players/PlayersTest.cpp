@@ -268,14 +268,23 @@ TEST_F(AScript, ThatIsMalformedIsToldFromACommandThatNobodyKnows) {
 }
 
 TEST_F(AScript, TurnsAFailureIntoThePlatformsNumber) {
-  for (const auto& [failure, number] : {std::pair(PlayerFailure::NotRunning, -600),
-                                        std::pair(PlayerFailure::NoSuchObject, kNoSuchObject),
-                                        std::pair(PlayerFailure::NotUnderstood, kNotUnderstood),
-                                        std::pair(PlayerFailure::TimedOut, -1712)}) {
+  struct Row {
+    PlayerFailure failure;
+    int number;
+    const char* message;
+  };
+  for (const auto& [failure, number, message] :
+       {Row{PlayerFailure::NotRunning, -600, "Application isn't running."},
+        {PlayerFailure::NoSuchObject, kNoSuchObject, "Can't get that object."},
+        {PlayerFailure::NotUnderstood, kNotUnderstood,
+         "The player doesn't understand the command."},
+        {PlayerFailure::TimedOut, -1712, "The player did not answer in time."}}) {
     player_.failure = failure;
     for (const std::string command : {"play", "get sound volume", "set sound volume to 5",
                                       "tell artwork 1 of the current track to raw data"}) {
-      EXPECT_EQ(errorOf("tell app \"iTunes\" to " + command).number, number) << command;
+      const auto error = errorOf("tell app \"iTunes\" to " + command);
+      EXPECT_EQ(error.number, number) << command;
+      EXPECT_EQ(error.briefMessage, message);
     }
   }
   player_.answersTooMuch = true;
