@@ -97,6 +97,7 @@ TEST_F(AUser, SeesATrackOfARealPlayerPrinted) {
             HasSubstr("lyricsView: one (3 lines)\n"), testing::EndsWith("\none\ntwo\nthree\n")));
   EXPECT_THAT(run({"--list-players"}).output, HasSubstr("mpv (paused)\n"));
   EXPECT_EQ(run({"--print", "--player", "mpv"}).output, printed.output);
+  EXPECT_THAT(run({"--print", "--json"}).output, HasSubstr("\"volume\":100}"));
   const auto picture = folder_.path() / "view.png";
   const auto missing = run({"--print", "--player", "other"});
   const auto drawn = run({"--snapshot", picture, "--player", "other"});
@@ -113,6 +114,7 @@ TEST_F(AUser, SeesATrackOfARealPlayerPrinted) {
 TEST_F(AUser, SeesJsonPrintedAgainAtEachChange) {
   FakeMprisPlayer player(bus_.address(), "fake");
   player.set("Identity", "A \"Fake\"");
+  player.remove("Volume");
   player.show("One", "Paused");
   auto program = start({"--print", "--json", "--follow", "--lyrics"});
   ASSERT_TRUE(eventually([&] { return player.received("Get Position") > 0; }));
@@ -126,7 +128,7 @@ TEST_F(AUser, SeesJsonPrintedAgainAtEachChange) {
   const auto line = [](const std::string& state, const std::string& title) {
     return R"({"album":"Somewhere","artist":"Someone, Else","length":215.5,"lyrics":"",)"
            R"("player":"A \"Fake\"","position":0,"rating":0,"state":")" +
-           state + R"(","title":")" + title + "\",\"volume\":100}\n";
+           state + R"(","title":")" + title + "\",\"volume\":null}\n";
   };
   EXPECT_EQ(program.output(), line("paused", "One") + line("playing", R"(Two\u202e)"));
 }
@@ -177,7 +179,7 @@ TEST_F(AUser, IsToldByTheStatusAndInWordsWhatHappened) {
   const std::string embedded = "albumArtView: 288 x 288\n.*Size: 320 x 285\n";
   const std::vector<Row> rows{
       {{"--version"}, 0, "^corvella [0-9.]+\n$", nothing},
-      {{"--help"}, 0, "--player", nothing},
+      {{"--help"}, 0, "--player.*  print what the panel shows, once, and end\n", nothing},
       {{"--print"}, 0, embedded, "embedded"},
       {{"--print", "--player", "AUTO"}, 0, embedded, "embedded"},
       {{"--print", "--player", "Embedded"}, 0, embedded, nothing},

@@ -192,6 +192,22 @@ TEST_F(AViewOfAnInterfaceFile, TakesItsPlaceStateRangeAndValueAndRefusesWhatIsNo
   EXPECT_EQ(NSLevelIndicator(coder).integerValue(), 2);
   cell.encodeString("title", "Go");
   EXPECT_EQ(NSButton(coder).title(), "Go");
+  for (const auto& [word, style] : {std::pair("relevancy", NSRelevancyLevelIndicatorStyle),
+                                    {"continuousCapacity", NSContinuousCapacityLevelIndicatorStyle},
+                                    {"discreteCapacity", NSDiscreteCapacityLevelIndicatorStyle},
+                                    {"rating", NSRatingLevelIndicatorStyle}}) {
+    cell.encodeString("levelIndicatorStyle", word);
+    EXPECT_EQ(NSLevelIndicatorCell(cell).levelIndicatorStyle(), style);
+  }
+  auto& mask = coder.encodeChild("autoresizingMask", "Some.xib:9");
+  for (const char* const key : {"flexibleMinX", "flexibleMaxX", "flexibleMinY", "flexibleMaxY"}) {
+    mask.encodeString(key, "YES");
+  }
+  const auto root = std::make_shared<NSView>(NSMakeRect(0, 0, 37.5, 37.5));
+  const auto view = std::make_shared<NSView>(coder);
+  root->addSubview(view);
+  root->setFrameSize({.width = 57.5, .height = 57.5});
+  EXPECT_EQ(view->frame(), NSMakeRect(22.5, 22.5, 12.5, 12.5));
   coder.encodeString("doubleValue", "7");
   EXPECT_EQ(NSProgressIndicator(coder).doubleValue(), 7);
   for (const std::string text : {"", "12pt", "inf", "nan", "1e999", "-1"}) {
